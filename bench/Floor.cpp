@@ -1,0 +1,142 @@
+#include "bench/Floor.h"
+
+#include <sqlite3.h>
+
+#include <string>
+
+namespace {
+
+std::string annualSql(int nen, const char* column, int kind)
+{
+    const std::string y = std::to_string(nen);
+    std::string sql = "Select Himoku.Namae ";
+    for (int m = 1; m <= 12; ++m)
+        sql += " , SUM(CASE WHEN Tuki = " + std::to_string(m) + " THEN " + column + " END) AS g" + std::to_string(m);
+    return sql + ",SUM(CASE WHEN Nen=" + y + " THEN " + column + " END) AS N" + y +
+           "  FROM Items JOIN Himoku ON Items.HimokuNo=Himoku.Id WHERE Nen=" + y +
+           " AND Items.SyubetuNo=" + std::to_string(kind) + " GROUP BY Items.HimokuNo";
+}
+
+std::string ledgerSql(int64_t sisanId)
+{
+    return "SELECT * FROM Items WHERE SisanNo = " + std::to_string(sisanId) + " ORDER BY Hizuke";
+}
+
+}  // namespace
+
+Floor::Floor(const std::string& path) : path_(path)
+{
+    sqlite3_open(path.c_str(), &db_);
+}
+
+Floor::~Floor()
+{
+    sqlite3_close(db_);
+}
+
+void Floor::readAll(const std::string& sql, uint32_t textColumns)
+{
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr);
+    const int columns = sqlite3_column_count(s);
+    while (sqlite3_step(s) == SQLITE_ROW) {
+        for (int c = 0; c < columns; ++c) {
+            if (textColumns & (1u << c)) {
+                sink_ += sqlite3_column_text(s, c)[0] + sqlite3_column_bytes(s, c);
+            } else {
+                sink_ += sqlite3_column_int(s, c);
+            }
+        }
+    }
+    sqlite3_finalize(s);
+}
+
+void Floor::write(const std::string& sql)
+{
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr);
+    sqlite3_step(s);
+    sqlite3_finalize(s);
+}
+
+void Floor::startup()
+{
+    sqlite3* db = nullptr;
+    sqlite3_open(path_.c_str(), &db);
+    std::swap(db, db_);
+    readAll("SELECT * FROM Sisan", 1u << 1);
+    readAll("SELECT * FROM Himoku ORDER BY SyubetuNo, Hno,Id", 1u << 2);
+    std::swap(db, db_);
+    sqlite3_close(db);
+}
+
+void Floor::readLedger(int64_t sisanId)
+{
+    readAll(ledgerSql(sisanId), (1u << 1) | (1u << 12));
+}
+
+void Floor::readYears()
+{
+    readAll("SELECT DISTINCT Nen FROM Items ORDER BY Nen", 0);
+}
+
+void Floor::annualYear(int nen)
+{
+    readAll(annualSql(nen, "Nyuukin", 2), 1u);
+    readAll(annualSql(nen, "Syukkin", 1), 1u);
+}
+
+void Floor::insertItem(const char* sql, int64_t sisan, int64_t kind, int64_t partner, int64_t idouId)
+{
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(db_, sql, -1, &s, nullptr);
+    sqlite3_bind_text(s, 1, "2025-06-15", -1, SQLITE_TRANSIENT);
+    sqlite3_bind_int(s, 2, 2025);
+    sqlite3_bind_int(s, 3, 6);
+    sqlite3_bind_int(s, 4, 15);
+    sqlite3_bind_int(s, 5, static_cast<int>(sisan));
+    sqlite3_bind_int(s, 6, static_cast<int>(kind));
+    sqlite3_bind_int(s, 7, static_cast<int>(partner));
+    sqlite3_bind_int(s, 8, static_cast<int>(idouId));
+    sqlite3_bind_int(s, 9, 1200);
+    sqlite3_bind_text(s, 10, "bench", -1, SQLITE_TRANSIENT);
+    sqlite3_step(s);
+    sqlite3_finalize(s);
+}
+
+void Floor::insertEntry(int64_t sisanId, int64_t himokuId)
+{
+    insertItem("INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Syukkin,Bikou) "
+               "VALUES (?,?,?,?,?,?,?,?,?,?)",
+               sisanId, 1, himokuId, -1);
+    readLedger(sisanId);
+}
+
+void Floor::insertTransfer(int64_t from, int64_t to)
+{
+    write("BEGIN");
+    insertItem("INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Syukkin,Bikou) "
+               "VALUES (?,?,?,?,?,?,?,?,?,?)",
+               from, 3, to, -1);
+    const int64_t a = sqlite3_last_insert_rowid(db_);
+    insertItem("INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Nyuukin,Bikou) "
+               "VALUES (?,?,?,?,?,?,?,?,?,?)",
+               to, 4, from, a);
+    const int64_t b = sqlite3_last_insert_rowid(db_);
+    write("UPDATE Items SET IdouId=" + std::to_string(b) + " WHERE Id=" + std::to_string(a));
+    write("COMMIT");
+    readLedger(to);
+    readLedger(from);
+}
+
+void Floor::deleteSubItem(int64_t id, int64_t hno, int64_t ucount, int64_t shownSisanId)
+{
+    write("BEGIN");
+    write("DELETE FROM Himoku WHERE Id=" + std::to_string(id));
+    write("UPDATE Himoku SET Ucount= " + std::to_string(ucount - 1) + " WHERE Id=" + std::to_string(hno));
+    write("DELETE FROM Items WHERE HimokuNo=" + std::to_string(id));
+    write("COMMIT");
+    readAll("SELECT * FROM Himoku ORDER BY SyubetuNo, Hno,Id", 1u << 2);
+    readLedger(shownSisanId);
+    readAll("SELECT * FROM Sisan", 1u << 1);
+}

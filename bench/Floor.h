@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+struct sqlite3;
+
+// The floor of the benchmark: the bare SQLite C API running the statements
+// the store runs and reading the same columns, with nothing kept in memory.
+class Floor {
+public:
+    explicit Floor(const std::string& path);
+    ~Floor();
+
+    void startup();                                     // open + assets + categories
+    void readLedger(int64_t sisanId);                   // one asset's entries
+    void readYears();
+    void annualYear(int nen);                           // both grouped statements
+    void insertEntry(int64_t sisanId, int64_t himokuId);  // insert + re-read
+    void insertTransfer(int64_t from, int64_t to);      // pair + link + both re-reads
+    void deleteSubItem(int64_t id, int64_t hno, int64_t ucount, int64_t shownSisanId);
+
+    int64_t checksum() const { return sink_; }
+
+private:
+    sqlite3* db_ = nullptr;
+    std::string path_;
+    int64_t sink_ = 0;  // keeps the column reads from being optimised away
+
+    // Steps through every row reading each column, as text where its bit is set.
+    void readAll(const std::string& sql, uint32_t textColumns);
+    void write(const std::string& sql);
+    void insertItem(const char* sql, int64_t sisan, int64_t kind, int64_t partner, int64_t idouId);
+};

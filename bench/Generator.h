@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+// Shape of the generated ledger.
+struct LedgerShape {
+    int64_t entries = 1000000;  // rows of Items, transfer rows included
+    int years = 30;             // ending with lastYear
+    int lastYear = 2025;
+};
+
+// What the generator made, for choosing the benchmark's targets.
+struct GeneratedLedger {
+    int64_t largestSisanId = 0;  // about 38% of the rows
+    int64_t secondSisanId = 0;
+    int64_t entriesOfLargest = 0;
+};
+
+// Writes a deterministic ledger into a new database at path (a file named
+// Zenvora.sql, indexed as the application indexes it): 10 assets, 16
+// categories of 5 sub-items each, entries mostly in date order with about 1
+// in 20 back-dated, about 5% of the rows in transfer pairs.
+bool generateLedger(const std::string& path, const LedgerShape& shape, GeneratedLedger* out, std::string* error);

@@ -1,0 +1,150 @@
+// DataModel: start-up, connection, statement helpers and message reporting.
+#include "store/DataModel.h"
+
+#include <sqlite3.h>
+
+#include "store/MessageSink.h"
+#include "store/Money.h"
+#include "store/Provisioning.h"
+#include "store/Transaction.h"
+
+DataModel::DataModel(std::string path)
+    : itemSortASC{{"Hizuke", true}, {"HimokuNo", true}, {"Nyuukin", true}, {"Syukkin", true}, {"Zankin", true}},
+      annualTotalNameList{"収　入　計", "支　出　計", "差　引　合　計"},
+      strPath(std::move(path))
+{
+    openDB();
+    if (readFromSisanTable()) readFromHimokuTable();
+}
+
+DataModel::~DataModel()
+{
+    finalize();
+    sqlite3_close(db);
+}
+
+DataModel& DataModel::sharedInstance()
+{
+    static DataModel instance(resourceDirectory() + "/Zenvora.sql");
+    return instance;
+}
+
+void DataModel::openDB()
+{
+    if (sqlite3_open(strPath.c_str(), &db) != SQLITE_OK)
+        someMessageWithAlert(errorText("error open database : "), "stop the app");
+}
+
+void DataModel::closeDB()
+{
+    finalize();
+    if (sqlite3_close(db) != SQLITE_OK) {
+        someMessageWithAlert(errorText("error close database table: "), "stop the app");
+        return;
+    }
+    db = nullptr;
+}
+
+void DataModel::readValue()
+{
+    if (!readFromSisanTable() || !readFromHimokuTable()) return;
+    rereadShownItems();
+}
+
+bool DataModel::bind_text(int index, const std::string& text)
+{
+    if (sqlite3_bind_text(stmt, index, text.c_str(), -1, SQLITE_TRANSIENT) == SQLITE_OK) return true;
+    someMessageWithAlert(errorText("failure binding text: "));
+    return false;
+}
+
+bool DataModel::bind_int(int index, int64_t value)
+{
+    if (!fitsInt32(value)) {
+        someMessageWithAlert("failure binding int: " + std::to_string(value) + " does not fit 32 bits");
+        return false;
+    }
+    if (sqlite3_bind_int(stmt, index, static_cast<int>(value)) == SQLITE_OK) return true;
+    someMessageWithAlert(errorText("failure binding int: "));
+    return false;
+}
+
+void DataModel::someMessageWithAlert(const std::string& message, const std::string& informative)
+{
+    deliverMessage(message, informative);
+}
+
+std::string DataModel::errorText(const char* prefix) const
+{
+    return std::string(prefix) + (db ? sqlite3_errmsg(db) : "out of memory");
+}
+
+bool DataModel::prepare(const std::string& sql, const char* failurePrefix, const char* informative)
+{
+    finalize();
+    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) == SQLITE_OK) return true;
+    someMessageWithAlert(errorText(failurePrefix), informative);
+    finalize();
+    return false;
+}
+
+bool DataModel::stepDone(const char* failurePrefix, const char* informative)
+{
+    if (sqlite3_step(stmt) == SQLITE_DONE) return true;
+    someMessageWithAlert(errorText(failurePrefix), informative);
+    return false;
+}
+
+void DataModel::finalize()
+{
+    sqlite3_finalize(stmt);
+    stmt = nullptr;
+}
+
+bool DataModel::runWrite(const std::string& sql, const char* preparePrefix, const char* prepareInformative,
+                         const char* stepPrefix, const char* stepInformative)
+{
+    if (!prepare(sql, preparePrefix, prepareInformative)) return false;
+    const bool done = stepDone(stepPrefix, stepInformative);
+    finalize();
+    return done;
+}
+
+bool DataModel::bindIntOr(int index, int64_t value, const char* columnMessage)
+{
+    if (bind_int(index, value)) return true;
+    someMessageWithAlert(columnMessage);
+    return false;
+}
+
+bool DataModel::bindTextOr(int index, const std::string& text, const char* columnMessage)
+{
+    if (bind_text(index, text)) return true;
+    someMessageWithAlert(columnMessage);
+    return false;
+}
+
+bool DataModel::allFitInt32(std::initializer_list<int64_t> values)
+{
+    for (int64_t v : values) {
+        if (!fitsInt32(v)) {
+            someMessageWithAlert("金額の欄に不正なデータがあります");
+            return false;
+        }
+    }
+    return true;
+}
+
+bool DataModel::beganOrReport(const Transaction& tx)
+{
+    if (tx.began()) return true;
+    someMessageWithAlert(errorText("failure beginning a transaction: "));
+    return false;
+}
+
+bool DataModel::commitOrReport(Transaction& tx)
+{
+    if (tx.commit()) return true;
+    someMessageWithAlert(errorText("failure committing a transaction: "));
+    return false;
+}

@@ -1,0 +1,97 @@
+// DataModel: the annual aggregation behind the annual report.
+#include <sqlite3.h>
+
+#include "store/ColumnText.h"
+#include "store/DataModel.h"
+
+namespace {
+
+constexpr size_t kCells = 13;  // months 1 to 12, then the year
+
+// The grouped statement of one side of the year: one row per sub-item with
+// entries of the kind, a sum per month and one for the year.
+std::string annualSql(const std::string& nen, const char* column, int kind)
+{
+    std::string sql = "Select Himoku.Namae ";
+    for (int m = 1; m <= 12; ++m) {
+        const std::string month = std::to_string(m);
+        sql += " , SUM(CASE WHEN Tuki = " + month + " THEN " + column + " END) AS g" + month;
+    }
+    sql += ",SUM(CASE WHEN Nen=" + nen + " THEN " + column + " END) AS N" + nen;
+    sql += "  FROM Items JOIN Himoku ON Items.HimokuNo=Himoku.Id WHERE Nen=" + nen;
+    sql += " AND Items.SyubetuNo=" + std::to_string(kind);
+    sql += " GROUP BY Items.HimokuNo";
+    return sql;
+}
+
+// The year is spliced into the statement, so only plain digits may pass.
+bool isYearText(const std::string& nen)
+{
+    if (nen.empty() || nen.size() > 9) return false;
+    for (char c : nen)
+        if (c < '0' || c > '9') return false;
+    return true;
+}
+
+// A sum can pass the 32-bit range even when every entry fits; its decimal
+// text keeps all 64 bits. NULL (no entry in that month) reads as 0.
+int64_t columnSum(sqlite3_stmt* s, int column)
+{
+    const std::string text = columnText(s, column);
+    return text.empty() ? 0 : std::stoll(text);
+}
+
+void addInto(std::vector<int64_t>& total, const std::vector<std::vector<int64_t>>& rows)
+{
+    for (const auto& row : rows)
+        for (size_t c = 0; c < kCells; ++c) total[c] += row[c];
+}
+
+}  // namespace
+
+bool DataModel::readYearsFromItemsTable()
+{
+    if (!prepare("SELECT DISTINCT Nen FROM Items ORDER BY Nen", "error prepare select distinct nen from item: ",
+                 "stop the app"))
+        return false;
+    yearsList.clear();
+    while (sqlite3_step(stmt) == SQLITE_ROW) yearsList.push_back(std::to_string(sqlite3_column_int(stmt, 0)));
+    finalize();
+    return true;
+}
+
+bool DataModel::readAnnualSide(const std::string& nen, const char* column, int kind, const char* prepareMessage,
+                               std::vector<std::string>& names, std::vector<std::vector<int64_t>>& data)
+{
+    if (!isYearText(nen)) {
+        someMessageWithAlert(std::string(prepareMessage) + "not a year: " + nen, "stop the app");
+        return false;
+    }
+    if (!prepare(annualSql(nen, column, kind), prepareMessage, "stop the app")) return false;
+    names.clear();
+    data.clear();
+    while (sqlite3_step(stmt) == SQLITE_ROW) {
+        names.push_back(columnText(stmt, 0));
+        std::vector<int64_t> row(kCells);
+        for (size_t c = 0; c < kCells; ++c) row[c] = columnSum(stmt, static_cast<int>(c) + 1);
+        data.push_back(std::move(row));
+    }
+    finalize();
+    return true;
+}
+
+bool DataModel::annualInOutFromItemsTable(const std::string& nen)
+{
+    if (!readAnnualSide(nen, "Nyuukin", kSyubetuSyuunyuu, "error prepare select annual income of nen from item: ",
+                        annualInNameList, annualInDataList))
+        return false;
+    if (!readAnnualSide(nen, "Syukkin", kSyubetuSisyutu, "error prepare select annual spending of nen from item: ",
+                        annualOutNameList, annualOutDataList))
+        return false;
+    annualTotalDataList.assign(3, std::vector<int64_t>(kCells, 0));
+    addInto(annualTotalDataList[0], annualInDataList);
+    addInto(annualTotalDataList[1], annualOutDataList);
+    for (size_t c = 0; c < kCells; ++c)
+        annualTotalDataList[2][c] = annualTotalDataList[0][c] - annualTotalDataList[1][c];
+    return true;
+}

@@ -1,0 +1,185 @@
+// DataModel: the category tree (categories and their sub-items).
+#include "store/ColumnText.h"
+#include "store/DataModel.h"
+#include "store/Transaction.h"
+
+namespace {
+
+const char* const kInsertHimoku = "INSERT INTO Himoku (SyubetuNo, Namae, Hno, Ucount) VALUES (?,?,?,?)";
+
+std::string renameSql(int64_t id) { return "UPDATE Himoku SET Namae= ? WHERE Id=" + std::to_string(id); }
+
+}  // namespace
+
+bool DataModel::readFromHimokuTable()
+{
+    himokuList.clear();
+    himokuId2Idx.clear();
+    himokuIdx2Id.clear();
+    if (!prepare("SELECT * FROM Himoku ORDER BY SyubetuNo, Hno,Id", "error prepare selct from himoku: ",
+                 "stop the app"))
+        return false;
+    for (int64_t p = 0; sqlite3_step(stmt) == SQLITE_ROW; ++p) {
+        const int64_t id = sqlite3_column_int(stmt, 0);
+        himokuList.push_back(std::make_shared<Himoku>(id, sqlite3_column_int(stmt, 1), columnText(stmt, 2),
+                                                      sqlite3_column_int(stmt, 3), sqlite3_column_int(stmt, 4)));
+        himokuId2Idx[id] = p;
+        himokuIdx2Id.push_back(id);
+    }
+    finalize();
+    return true;
+}
+
+bool DataModel::insertHimokuRow(int64_t syubetuNo, const std::string& namae, int64_t hno, int64_t ucount,
+                                const char* prepareMessage, const char* stepMessage)
+{
+    if (!prepare(kInsertHimoku, prepareMessage, "information")) return false;
+    const bool done = bindIntOr(1, syubetuNo, "error insert Column SyubetuNo ") &&
+                      bindTextOr(2, namae, "error insert Column Namae") &&
+                      bindIntOr(3, hno, "error insert Column Hno ") &&
+                      bindIntOr(4, ucount, "error insert Column Ucount ") && stepDone(stepMessage);
+    finalize();
+    return done;
+}
+
+bool DataModel::insertHimokuOfHiimoku(int64_t syubetuNo, const std::string& namae)
+{
+    if (!allFitInt32({syubetuNo})) return false;
+    {
+        // The category row and its "その他" sub-item exist together or not at all.
+        Transaction tx(db);
+        if (!beganOrReport(tx)) return false;
+        const char* prepareMessage = "error preparing HimokumeiOfHimoku insert: ";
+        const char* stepMessage = "failure inserting himoku : ";
+        if (!insertHimokuRow(syubetuNo, namae, 0, 1, prepareMessage, stepMessage)) return false;
+        const int64_t n = sqlite3_last_insert_rowid(db);
+        if (!insertHimokuRow(syubetuNo, namae + "/その他", n, 0, prepareMessage, stepMessage)) return false;
+        const std::string ns = std::to_string(n);
+        if (!runWrite("UPDATE Himoku SET Hno= " + ns + " WHERE Id=" + ns,
+                      "error prepare update HnoOfHimoku for insert himokumei: ", "stop the app",
+                      "failure updating HnoOfHimoku for insert himokumei: "))
+            return false;
+        if (!commitOrReport(tx)) return false;
+    }
+    return readFromHimokuTable();
+}
+
+bool DataModel::insertUtiwakeOfHimoku(int64_t syubetuno, const std::string& utiwake, int64_t hno, int64_t ucount0)
+{
+    if (!allFitInt32({syubetuno, hno, ucount0, ucount0 + 1})) return false;
+    {
+        Transaction tx(db);
+        if (!beganOrReport(tx)) return false;
+        if (!insertHimokuRow(syubetuno, utiwake, hno, 0, "error preparing UtiwakemeiOfHimoku insert: ",
+                             "failure inserting utiwake : "))
+            return false;
+        if (!runWrite("UPDATE Himoku SET Ucount= " + std::to_string(ucount0 + 1) + " WHERE Id=" + std::to_string(hno),
+                      "error prepare update Ucount O fHimoku for update himokumei: ", "stop the app",
+                      "failure updating Ucount Of Himoku for update himokumei: "))
+            return false;
+        if (!commitOrReport(tx)) return false;
+    }
+    return readFromHimokuTable();
+}
+
+bool DataModel::updateHnoOfHimoku(int64_t id, int64_t hno)
+{
+    if (!allFitInt32({id, hno})) return false;
+    return runWrite("UPDATE Himoku SET Hno= " + std::to_string(hno) + " WHERE Id=" + std::to_string(id),
+                    "error prepare update HnoOfHimoku: ", "stop the app", "failure updating HnoOfHimoku: ");
+}
+
+bool DataModel::renameRow(int64_t id, const std::string& namae, const char* preparePrefix, const char* stepPrefix)
+{
+    if (!prepare(renameSql(id), preparePrefix, "stop the app")) return false;
+    const bool done = bind_text(1, namae) && stepDone(stepPrefix);
+    finalize();
+    return done;
+}
+
+bool DataModel::updateNamaeOfHimoku(int64_t id, const std::string& himokuNamae,
+                                    const std::vector<int64_t>& utiwakeids,
+                                    const std::vector<std::string>& utiwakeNamaes)
+{
+    if (utiwakeNamaes.size() != utiwakeids.size()) {
+        someMessageWithAlert("error updateNamaeOfHimoku: sub-item ids and names differ in number");
+        return false;
+    }
+    if (!allFitInt32({id})) return false;
+    for (int64_t utiwakeId : utiwakeids)
+        if (!allFitInt32({utiwakeId})) return false;
+    {
+        // The category and every sub-item carry the new name, or none does.
+        Transaction tx(db);
+        if (!beganOrReport(tx)) return false;
+        if (!renameRow(id, himokuNamae, "error prepare update Namae Of Himoku: ", "failure updating Namae Of Himoku: "))
+            return false;
+        for (size_t i = 0; i < utiwakeids.size(); ++i) {
+            if (!renameRow(utiwakeids[i], himokuNamae + "/" + utiwakeNamaes[i],
+                           "error prepare update utiwake namae Of updated Himoku: ",
+                           "failure updating utiwake namae Of updated Himoku: "))
+                return false;
+        }
+        if (!commitOrReport(tx)) return false;
+    }
+    return readFromHimokuTable() && rereadShownItems();
+}
+
+bool DataModel::updateNamaeOfUtiwakeHimoku(int64_t id, const std::string& namae)
+{
+    if (!allFitInt32({id})) return false;
+    if (!renameRow(id, namae, "error prepare update Namae Of Utiwake Himoku: ",
+                   "failure updating Namae Of Utiwake Himoku: "))
+        return false;
+    return readFromHimokuTable() && rereadShownItems();
+}
+
+bool DataModel::deleteUtiwakeHimoku(int64_t id, int64_t hno, int64_t ucount)
+{
+    if (!allFitInt32({id, hno, ucount, ucount - 1})) return false;
+    {
+        // Row, count and entries go together, so the count always matches.
+        Transaction tx(db);
+        if (!beganOrReport(tx)) return false;
+        const std::string ids = std::to_string(id);
+        if (!runWrite("DELETE FROM Himoku WHERE Id=" + ids, "error preparing delete utiwake: ", "information",
+                      "failure delet from himoku: "))
+            return false;
+        if (!runWrite("UPDATE Himoku SET Ucount= " + std::to_string(ucount - 1) + " WHERE Id=" + std::to_string(hno),
+                      "error prepare update Ucount Of Himoku: ", "stop the app", "failure updating Ucount Of Himoku: "))
+            return false;
+        if (!runWrite("DELETE FROM Items WHERE HimokuNo=" + ids, "error preparing delete items from utiwake: ",
+                      "information", "failure delete items  from himoku: "))
+            return false;
+        if (!commitOrReport(tx)) return false;
+    }
+    return rereadAfterHimokuDelete();
+}
+
+bool DataModel::deleteHimokuHimoku(int64_t himokuid, const std::vector<int64_t>& utiwakeids)
+{
+    if (!allFitInt32({himokuid})) return false;
+    for (int64_t utiwakeId : utiwakeids)
+        if (!allFitInt32({utiwakeId})) return false;
+    {
+        Transaction tx(db);
+        if (!beganOrReport(tx)) return false;
+        if (!runWrite("DELETE FROM Himoku WHERE Hno=" + std::to_string(himokuid),
+                      "error preparing delete himoku,utiwake: ", "information", "failure delete from himoku,utiwake: "))
+            return false;
+        for (int64_t utiwakeId : utiwakeids) {
+            if (!runWrite("DELETE FROM Items WHERE HimokuNo=" + std::to_string(utiwakeId),
+                          "error preparing delete items from himoku delete: ", "information",
+                          "failure delet  items from himoku delete: "))
+                return false;
+        }
+        if (!commitOrReport(tx)) return false;
+    }
+    return rereadAfterHimokuDelete();
+}
+
+bool DataModel::rereadAfterHimokuDelete()
+{
+    if (!readFromHimokuTable() || !rereadShownItems()) return false;
+    return readFromSisanTable();
+}

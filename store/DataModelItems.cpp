@@ -1,0 +1,295 @@
+// DataModel: ledger entries and transfers.
+#include "store/ColumnText.h"
+#include "store/DataModel.h"
+#include "store/ItemsArena.h"
+#include "store/Money.h"
+#include "store/Transaction.h"
+
+namespace {
+
+const char* const kInsertSyukkin =
+    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Syukkin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
+const char* const kInsertNyuukin =
+    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Nyuukin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
+const char* const kInsertIdouMoto =
+    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Syukkin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
+const char* const kInsertIdouSaki =
+    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Nyuukin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
+const char* const kInsertStepFailure = "failure inserting item Syukkin,Nyuukin: ";
+
+bool isOut(int64_t kind) { return kind == kSyubetuSisyutu || kind == kSyubetuIdouMoto; }
+bool isIn(int64_t kind) { return kind == kSyubetuSyuunyuu || kind == kSyubetuIdouSaki; }
+
+}  // namespace
+
+void DataModel::clearItemList()
+{
+    itemList.clear();
+    itemId2Idx.clear();
+    itemIdx2Id.clear();
+}
+
+std::shared_ptr<ItemsArena> DataModel::emptyItemsArena()
+{
+    // Reuse the previous ledger's storage unless a screen still holds one of
+    // its rows; then that storage stays with the screen and a new one starts.
+    if (itemsArena && itemsArena.use_count() == 1) {
+        itemsArena->recycle();
+    } else {
+        itemsArena = std::make_shared<ItemsArena>();
+    }
+    return itemsArena;
+}
+
+template <typename OnRow>
+bool DataModel::walkLedger(int64_t sisanId, OnRow onRow)
+{
+    const Sisan* sisan = nullptr;
+    for (const auto& s : sisanList) {
+        if (s->Id == sisanId) {
+            sisan = s.get();
+            break;
+        }
+    }
+    if (!sisan) {
+        someMessageWithAlert("error readFromItemTable", "stop the app");
+        return false;
+    }
+    int64_t zankin = sisan->SyokiKingaku;
+    if (!prepare("SELECT * FROM Items WHERE SisanNo = " + std::to_string(sisanId) + " ORDER BY Hizuke",
+                 "error prepare selct from item: ", "stop the app"))
+        return false;
+    while (sqlite3_step(stmt) == SQLITE_ROW) {
+        const int64_t kind = sqlite3_column_int(stmt, 6);
+        if (isOut(kind)) {
+            zankin -= sqlite3_column_int(stmt, 11);
+        } else if (isIn(kind)) {
+            zankin += sqlite3_column_int(stmt, 10);
+        } else {
+            someMessageWithAlert("error in readFromItemTable IntToStr");
+        }
+        onRow(kind, zankin);
+    }
+    finalize();
+    updateSisanZankinList(sisanId, zankin);
+    for (auto& flag : itemSortASC) flag.second = true;
+    return true;
+}
+
+bool DataModel::readFromItemsTable(int64_t sisanId)
+{
+    clearItemList();
+    std::shared_ptr<ItemsArena> arena;
+    const bool read = walkLedger(sisanId, [&](int64_t kind, int64_t zankin) {
+        if (!arena) arena = emptyItemsArena();
+        const int64_t id = sqlite3_column_int(stmt, 0);
+        const int64_t himokuNo = sqlite3_column_int(stmt, 7);
+        const int64_t idouSisanNo = sqlite3_column_int(stmt, 8);
+        const int64_t nyuukin = sqlite3_column_int(stmt, 10);
+        const int64_t syukkin = sqlite3_column_int(stmt, 11);
+        Items& item = arena->emplace(
+            id, columnText(stmt, 1), sqlite3_column_int(stmt, 2), sqlite3_column_int(stmt, 3),
+            sqlite3_column_int(stmt, 4), sqlite3_column_int(stmt, 5), kind, himokuNo, idouSisanNo,
+            sqlite3_column_int(stmt, 9), nyuukin, syukkin, columnText(stmt, 12),
+            getHimokuNamaeFromHimokuRowNo(kind, himokuNo, idouSisanNo),
+            isIn(kind) ? formatWithGrouping(nyuukin) : std::string(),
+            isOut(kind) ? formatWithGrouping(syukkin) : std::string(), zankin);
+        itemList.push_back(std::shared_ptr<Items>(arena, &item));
+        itemIdx2Id.push_back(id);
+    });
+    if (arena) arena->releaseUnused();
+    itemId2Idx.assignPositions(itemIdx2Id);
+    return read;
+}
+
+bool DataModel::recomputeSisanZankin(int64_t sisanId)
+{
+    return walkLedger(sisanId, [](int64_t, int64_t) {});
+}
+
+bool DataModel::rereadShownItems()
+{
+    if (theSisanNo < 0 || theSisanNo >= static_cast<int64_t>(sisanList.size())) {
+        clearItemList();
+        return true;
+    }
+    return readFromItemsTable(sisanList[static_cast<size_t>(theSisanNo)]->Id);
+}
+
+std::shared_ptr<Items> DataModel::readFromItem1Item(int64_t id)
+{
+    if (!fitsInt32(id)) return nullptr;
+    if (!prepare("SELECT * FROM Items WHERE Id = " + std::to_string(id), "error prepare selct from item: ",
+                 "stop the app"))
+        return nullptr;
+    std::shared_ptr<Items> item;
+    if (sqlite3_step(stmt) == SQLITE_ROW) {
+        const int64_t kind = sqlite3_column_int(stmt, 6);
+        const int64_t himokuNo = sqlite3_column_int(stmt, 7);
+        const int64_t idouSisanNo = sqlite3_column_int(stmt, 8);
+        item = std::make_shared<Items>(
+            sqlite3_column_int(stmt, 0), columnText(stmt, 1), sqlite3_column_int(stmt, 2),
+            sqlite3_column_int(stmt, 3), sqlite3_column_int(stmt, 4), sqlite3_column_int(stmt, 5), kind,
+            himokuNo, idouSisanNo, sqlite3_column_int(stmt, 9), sqlite3_column_int(stmt, 10),
+            sqlite3_column_int(stmt, 11), columnText(stmt, 12),
+            getHimokuNamaeFromHimokuRowNo(kind, himokuNo, idouSisanNo), "", "", 0);
+    }
+    finalize();
+    return item;
+}
+
+std::string DataModel::getHimokuNamaeFromHimokuRowNo(int64_t syubetuNo, int64_t himokuNo, int64_t idouSisanNo)
+{
+    if (syubetuNo == kSyubetuSisyutu || syubetuNo == kSyubetuSyuunyuu) return getHimokuNamaeFromNo(himokuNo);
+    if (syubetuNo == kSyubetuIdouMoto || syubetuNo == kSyubetuIdouSaki) return getSisanNamaeFromNo(idouSisanNo);
+    return "????";
+}
+
+std::string DataModel::getHimokuNamaeFromNo(int64_t id)
+{
+    // The map answers in one step for every row of a long ledger; the walk
+    // stays for a list that was changed without a re-read.
+    if (const int64_t* p = himokuId2Idx.find(id)) {
+        const auto& himoku = himokuList[static_cast<size_t>(*p)];
+        if (himoku->Id == id) return himoku->Namae;
+    }
+    for (const auto& himoku : himokuList)
+        if (himoku->Id == id) return himoku->Namae;
+    return "????";
+}
+
+bool DataModel::insertItemRow(const char* sql, const char* prepareMessage, const std::string& hizuke, int64_t nen,
+                              int64_t tuki, int64_t hi, int64_t sisanNo, int64_t syubetuNo, int64_t partnerNo,
+                              int64_t idouId, int64_t kingaku, const std::string& bikou)
+{
+    if (!prepare(sql, prepareMessage, "information")) return false;
+    const bool done = bindTextOr(1, hizuke, "error insert Column Hizuke") &&
+                      bindIntOr(2, nen, "error insert Column  Nen") &&
+                      bindIntOr(3, tuki, "error insert Column  Tuki") &&
+                      bindIntOr(4, hi, "error insert Column Hi ") &&
+                      bindIntOr(5, sisanNo, "error insert Column SisanNo ") &&
+                      bindIntOr(6, syubetuNo, "error insert Column SyubetuNo ") &&
+                      bindIntOr(7, partnerNo, "error insert Column HimokuNo ") &&
+                      bindIntOr(8, idouId, "error insert Column IdouId ") &&
+                      bindIntOr(9, kingaku, "error insert Column Syukkin ") &&
+                      bindTextOr(10, bikou, "error insert Column Bikou ") && stepDone(kInsertStepFailure);
+    finalize();
+    return done;
+}
+
+bool DataModel::itemNyuukinSyukkinInsert(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi,
+                                         int64_t sisanNo, int64_t syubetuNo, int64_t himokuNo, int64_t kingaku,
+                                         const std::string& bikou)
+{
+    if (!allFitInt32({nen, tuki, hi, sisanNo, syubetuNo, himokuNo, kingaku})) return false;
+    const char* sql = syubetuNo == kSyubetuSisyutu ? kInsertSyukkin : kInsertNyuukin;
+    if (!insertItemRow(sql, "error preparing Syukkin,Nyuukin insert: ", hizuke, nen, tuki, hi, sisanNo, syubetuNo,
+                       himokuNo, -1, kingaku, bikou))
+        return false;
+    return rereadShownItems();
+}
+
+bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi,
+                                    int64_t sisanNo, int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku,
+                                    const std::string& bikou)
+{
+    if (!allFitInt32({nen, tuki, hi, sisanNo, syubetuNo, idouSisanNo, kingaku})) return false;
+    {
+        // Both rows and their link are written together or not at all; the
+        // ledgers are re-read only after the commit, so a rolled-back
+        // transfer never reaches the lists or the balances.
+        Transaction tx(db);
+        if (!beganOrReport(tx)) return false;
+        if (!insertItemRow(kInsertIdouMoto, "error preparing 移動元データ insert: ", hizuke, nen, tuki, hi, sisanNo,
+                           syubetuNo, idouSisanNo, -1, kingaku, bikou))
+            return false;
+        const int64_t motoId = sqlite3_last_insert_rowid(db);
+        if (!insertItemRow(kInsertIdouSaki, "error preparing 移動先データ insert: ", hizuke, nen, tuki, hi,
+                           idouSisanNo, kSyubetuIdouSaki, sisanNo, motoId, kingaku, bikou))
+            return false;
+        const int64_t sakiId = sqlite3_last_insert_rowid(db);
+        if (!runWrite("UPDATE Items SET IdouId=" + std::to_string(sakiId) + " WHERE Id=" + std::to_string(motoId),
+                      "error prepare update 移動元item: ", "stop the app", "failure updating  移動元item: "))
+            return false;
+        if (!commitOrReport(tx)) return false;
+    }
+    // Only the destination's balance is needed from its ledger; the list
+    // shown afterwards is the source's.
+    return recomputeSisanZankin(idouSisanNo) && readFromItemsTable(sisanNo);
+}
+
+bool DataModel::itemUpdate(int64_t id, const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi,
+                           int64_t sisanNo, int64_t syubetuNo, int64_t himokuNo, int64_t kingaku,
+                           const std::string& bikou)
+{
+    if (syubetuNo != kSyubetuSisyutu && syubetuNo != kSyubetuSyuunyuu) return false;
+    if (!allFitInt32({id, nen, tuki, hi, sisanNo, syubetuNo, himokuNo, kingaku})) return false;
+    const char* amountColumn = syubetuNo == kSyubetuSisyutu ? " ,Syukkin=" : " ,Nyuukin=";
+    const std::string sql = std::string("UPDATE Items SET") + " Hizuke= ? ,Nen=" + std::to_string(nen) +
+                            " ,Tuki=" + std::to_string(tuki) + " ,Hi=" + std::to_string(hi) +
+                            " ,SisanNo=" + std::to_string(sisanNo) + " ,SyubetuNo=" + std::to_string(syubetuNo) +
+                            " ,HimokuNo=  " + std::to_string(himokuNo) + amountColumn + std::to_string(kingaku) +
+                            " ,Bikou = ?" + " WHERE Id=" + std::to_string(id);
+    if (!prepare(sql, "error prepare update 編集更新item: ", "stop the app")) return false;
+    const bool done = bind_text(1, hizuke) && bind_text(2, bikou) && stepDone("failure updating  編集更新item: ");
+    finalize();
+    return done && readFromItemsTable(sisanNo);
+}
+
+bool DataModel::itemDelete(int64_t id)
+{
+    if (!allFitInt32({id})) return false;
+    if (!runWrite("DELETE FROM Items WHERE Id=" + std::to_string(id), "error preparing delete: ", "information",
+                  "failure deletin from Items: "))
+        return false;
+    return rereadShownItems();
+}
+
+bool DataModel::itemDeleteIdouPair(int64_t partnerId, int64_t id)
+{
+    if (!allFitInt32({partnerId, id})) return false;
+    const std::shared_ptr<Items> partner = readFromItem1Item(partnerId);
+    {
+        Transaction tx(db);
+        if (!beganOrReport(tx)) return false;
+        for (int64_t rowId : {partnerId, id}) {
+            if (!runWrite("DELETE FROM Items WHERE Id=" + std::to_string(rowId), "error preparing delete: ",
+                          "information", "failure deletin from Items: "))
+                return false;
+        }
+        if (!commitOrReport(tx)) return false;
+    }
+    // The partner's asset loses the row too: bring its balance up to date.
+    if (partner && sisanId2Idx.count(partner->SisanNo) && !recomputeSisanZankin(partner->SisanNo)) return false;
+    return rereadShownItems();
+}
+
+bool DataModel::itemDeleteWhereSisanNo(int64_t sisanId)
+{
+    if (!allFitInt32({sisanId})) return false;
+    if (!deleteItemsOfSisan(sisanId)) return false;
+    return rereadShownItems();
+}
+
+bool DataModel::sisanDeleteWithItems(int64_t id)
+{
+    if (!allFitInt32({id})) return false;
+    {
+        Transaction tx(db);
+        if (!beganOrReport(tx)) return false;
+        if (!deleteItemsOfSisan(id)) return false;
+        if (!runWrite("DELETE FROM Sisan WHERE Id=" + std::to_string(id), "error preparing delete sisan: ",
+                      "information", "failure deletin from sisan: "))
+            return false;
+        if (!commitOrReport(tx)) return false;
+    }
+    return rereadShownItems() && readFromSisanTable();
+}
+
+bool DataModel::deleteItemsOfSisan(int64_t sisanId)
+{
+    const std::string ids = std::to_string(sisanId);
+    return runWrite("DELETE FROM Items WHERE (SisanNo=" + ids + " ) OR ( (IdouSisanNo IS NOT NULL) AND (IdousisanNo = " +
+                        ids + ") )",
+                    "error preparing delete: ", "information", "failure delete where sisanId= from Items: ");
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+// A map from a row Id to the row's position in a list. Open addressing over
+// two flat arrays: a ledger of hundreds of thousands of rows is mapped with
+// two allocations instead of one node per row.
+class IdIndexMap {
+public:
+    // The position stored for id, inserting 0 when id is new.
+    int64_t& operator[](int64_t id);
+    // The position of id, or nullptr when id is not mapped.
+    const int64_t* find(int64_t id) const;
+    // The position of id; throws std::out_of_range when id is not mapped.
+    int64_t at(int64_t id) const;
+    size_t count(int64_t id) const { return find(id) ? 1 : 0; }
+    size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    void clear();
+    // Replaces the contents with ids[p] -> p for every position p.
+    void assignPositions(const std::vector<int64_t>& ids);
+
+private:
+    static constexpr int64_t kFree = INT64_MIN;  // no Id of a 32-bit column takes this value
+    std::vector<int64_t> ids_;
+    std::vector<int64_t> positions_;
+    size_t size_ = 0;
+    unsigned shift_ = 64;
+
+    size_t slotOf(int64_t id) const;
+    void grow();
+};
+
+// A map from a list position to the row's Id: positions run 0, 1, 2, ...
+using IndexIdMap = std::vector<int64_t>;

@@ -1,0 +1,148 @@
+#include "store/Provisioning.h"
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "store/Transaction.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const char* const kSchema[] = {
+    "CREATE TABLE Sisan  (Id INTEGER PRIMARY KEY, Namae TEXT NOT NULL, SyokiKingaku INTEGER NOT NULL, "
+    "Zankin INTEGER NOT NULL)",
+    "CREATE TABLE Items  (Id INTEGER PRIMARY KEY, Hizuke TEXT NOT NULL, Nen INTEGER NOT NULL, Tuki INTEGER NOT NULL, "
+    "Hi INTEGER NOT NULL, SisanNo INTEGER NOT NULL, SyubetuNo INTEGER NOT NULL, HimokuNo INTEGER, "
+    "IdouSisanNo INTEGER, IdouId INTEGER, Nyuukin INTEGER, Syukkin INTEGER, Bikou TEXT NOT NULL)",
+    "CREATE TABLE Himoku (Id INTEGER PRIMARY KEY, SyubetuNo INTEGER, Namae TEXT NOT NULL, Hno INTEGER, "
+    "Ucount INTEGER)",
+};
+
+// The indexes that keep ledger reads, the annual report and deletions fast.
+const char* const kIndexes[] = {
+    "CREATE INDEX IF NOT EXISTS Items_SisanNo_Hizuke ON Items(SisanNo, Hizuke)",
+    "CREATE INDEX IF NOT EXISTS Items_Nen_SyubetuNo_HimokuNo ON Items(Nen, SyubetuNo, HimokuNo)",
+    "CREATE INDEX IF NOT EXISTS Items_HimokuNo ON Items(HimokuNo)",
+    "CREATE INDEX IF NOT EXISTS Items_IdouSisanNo ON Items(IdouSisanNo)",
+};
+
+// The starter book: one wallet and common categories, each with its その他.
+const char* const kStarterBook[] = {
+    "INSERT INTO Sisan (Namae,SyokiKingaku,Zankin) VALUES ('現金',0,0)",
+};
+const char* const kExpenseCategories[] = {"食費", "日用品", "住居費", "水道光熱費", "通信費",
+                                          "交通費", "医療費", "教育費", "娯楽費", "衣服費"};
+const char* const kIncomeCategories[] = {"給与", "賞与", "臨時収入"};
+
+struct Connection {
+    sqlite3* db = nullptr;
+    ~Connection() { sqlite3_close(db); }
+};
+
+bool fail(std::string* error, const std::string& what)
+{
+    if (error) *error = what;
+    return false;
+}
+
+bool runAll(sqlite3* db, const char* const* first, const char* const* last, std::string* error)
+{
+    for (; first != last; ++first)
+        if (!runControlStatement(db, *first)) return fail(error, std::string(sqlite3_errmsg(db)) + ": " + *first);
+    return true;
+}
+
+bool buildSchema(sqlite3* db, std::string* error)
+{
+    return runAll(db, std::begin(kSchema), std::end(kSchema), error) &&
+           runAll(db, std::begin(kIndexes), std::end(kIndexes), error);
+}
+
+bool insertCategory(sqlite3* db, int kind, const std::string& name, std::string* error)
+{
+    // A category row is its own Hno; its one sub-item その他 points at it.
+    sqlite3_stmt* s = nullptr;
+    const char* sql = "INSERT INTO Himoku (SyubetuNo, Namae, Hno, Ucount) VALUES (?,?,?,?)";
+    bool ok = true;
+    for (int row = 0; row < 2 && ok; ++row) {
+        const std::string namae = row == 0 ? name : name + "/その他";
+        const sqlite3_int64 hno = row == 0 ? 0 : sqlite3_last_insert_rowid(db);
+        ok = sqlite3_prepare_v2(db, sql, -1, &s, nullptr) == SQLITE_OK &&
+             sqlite3_bind_int(s, 1, kind) == SQLITE_OK &&
+             sqlite3_bind_text(s, 2, namae.c_str(), -1, SQLITE_TRANSIENT) == SQLITE_OK &&
+             sqlite3_bind_int(s, 3, static_cast<int>(hno)) == SQLITE_OK &&
+             sqlite3_bind_int(s, 4, row == 0 ? 1 : 0) == SQLITE_OK && sqlite3_step(s) == SQLITE_DONE;
+        sqlite3_finalize(s);
+        s = nullptr;
+    }
+    if (!ok) return fail(error, std::string(sqlite3_errmsg(db)) + ": category " + name);
+    return runControlStatement(db, "UPDATE Himoku SET Hno = Id WHERE Ucount > 0 AND Hno = 0") ||
+           fail(error, sqlite3_errmsg(db));
+}
+
+bool createDatabase(const fs::path& target, std::string* error)
+{
+    // Build the book under a temporary name and move it into place only when
+    // it is complete.
+    const fs::path temp = target.string() + ".new";
+    std::error_code ec;
+    fs::remove(temp, ec);
+    {
+        Connection c;
+        if (sqlite3_open_v2(temp.c_str(), &c.db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) != SQLITE_OK)
+            return fail(error, "cannot create " + temp.string() + ": " + sqlite3_errmsg(c.db));
+        ::chmod(temp.c_str(), S_IRUSR | S_IWUSR);
+        Transaction tx(c.db);
+        bool ok = tx.began() && buildSchema(c.db, error) &&
+                  runAll(c.db, std::begin(kStarterBook), std::end(kStarterBook), error);
+        for (const char* name : kExpenseCategories) ok = ok && insertCategory(c.db, 1, name, error);
+        for (const char* name : kIncomeCategories) ok = ok && insertCategory(c.db, 2, name, error);
+        if (!ok || !tx.commit()) {
+            if (error && error->empty()) *error = sqlite3_errmsg(c.db);
+            fs::remove(temp, ec);
+            return false;
+        }
+    }
+    fs::rename(temp, target, ec);
+    if (ec) return fail(error, "cannot move the new book into place: " + ec.message());
+    return true;
+}
+
+}  // namespace
+
+std::string resourceDirectory()
+{
+    const char* xdg = std::getenv("XDG_DATA_HOME");
+    if (xdg && *xdg) return std::string(xdg) + "/Zenvora";
+    const char* home = std::getenv("HOME");
+    return std::string(home ? home : ".") + "/.local/share/Zenvora";
+}
+
+bool provisionResourceDirectory(const std::string& dir, std::string* error)
+{
+    if (error) error->clear();
+    std::error_code ec;
+    fs::create_directories(dir, ec);
+    if (ec) return fail(error, "cannot create " + dir + ": " + ec.message());
+    const fs::path database = fs::path(dir) / "Zenvora.sql";
+    if (!fs::exists(database, ec)) return createDatabase(database, error);
+
+    Connection c;
+    if (sqlite3_open_v2(database.c_str(), &c.db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
+        return fail(error, "cannot open " + database.string() + ": " + sqlite3_errmsg(c.db));
+    return runAll(c.db, std::begin(kIndexes), std::end(kIndexes), error);
+}
+
+bool createEmptyDatabase(const std::string& path, std::string* error)
+{
+    Connection c;
+    if (sqlite3_open_v2(path.c_str(), &c.db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) != SQLITE_OK)
+        return fail(error, "cannot create " + path + ": " + sqlite3_errmsg(c.db));
+    Transaction tx(c.db);
+    return tx.began() && buildSchema(c.db, error) && (tx.commit() || fail(error, sqlite3_errmsg(c.db)));
+}

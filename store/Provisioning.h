@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+// The application's resource directory: $XDG_DATA_HOME/Zenvora, or
+// ~/.local/share/Zenvora when XDG_DATA_HOME is unset or empty.
+std::string resourceDirectory();
+
+// Makes the resource directory ready for the store. When dir/Zenvora.sql is
+// missing it creates the directory and a new database (schema, indexes,
+// owner-only permissions, a starter book) in one step: a half-made file is
+// never left behind. An existing database only gains missing indexes; no row
+// changes. Returns false with a reason in *error on failure.
+bool provisionResourceDirectory(const std::string& dir, std::string* error);
+
+// Creates a database at path with the three tables and the indexes and no
+// rows (the benchmark and the tests start from it).
+bool createEmptyDatabase(const std::string& path, std::string* error);
