@@ -181,8 +181,9 @@ private:
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.
     bool rereadShownItems();
-    // Runs the ledger statement of the asset, calling onRow(kind, running
-    // balance) per row in date order, then stores the asset's balance.
+    // Runs the ledger statement of the asset, calling onRow(kind, Nyuukin,
+    // Syukkin, running balance) per row in date order, then stores the
+    // asset's balance.
     template <typename OnRow>
     bool walkLedger(int64_t sisanId, OnRow onRow);
     // The balance half of a ledger read: itemList is left as it is.

@@ -61,14 +61,16 @@ bool DataModel::walkLedger(int64_t sisanId, OnRow onRow)
         return false;
     while (sqlite3_step(stmt) == SQLITE_ROW) {
         const int64_t kind = sqlite3_column_int(stmt, 6);
+        const int64_t nyuukin = sqlite3_column_int(stmt, 10);
+        const int64_t syukkin = sqlite3_column_int(stmt, 11);
         if (isOut(kind)) {
-            zankin -= sqlite3_column_int(stmt, 11);
+            zankin -= syukkin;
         } else if (isIn(kind)) {
-            zankin += sqlite3_column_int(stmt, 10);
+            zankin += nyuukin;
         } else {
             someMessageWithAlert("error in readFromItemTable IntToStr");
         }
-        onRow(kind, zankin);
+        onRow(kind, nyuukin, syukkin, zankin);
     }
     finalize();
     updateSisanZankinList(sisanId, zankin);
@@ -80,13 +82,11 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
 {
     clearItemList();
     std::shared_ptr<ItemsArena> arena;
-    const bool read = walkLedger(sisanId, [&](int64_t kind, int64_t zankin) {
+    const bool read = walkLedger(sisanId, [&](int64_t kind, int64_t nyuukin, int64_t syukkin, int64_t zankin) {
         if (!arena) arena = emptyItemsArena();
         const int64_t id = sqlite3_column_int(stmt, 0);
         const int64_t himokuNo = sqlite3_column_int(stmt, 7);
         const int64_t idouSisanNo = sqlite3_column_int(stmt, 8);
-        const int64_t nyuukin = sqlite3_column_int(stmt, 10);
-        const int64_t syukkin = sqlite3_column_int(stmt, 11);
         Items& item = arena->emplace(
             id, columnText(stmt, 1), sqlite3_column_int(stmt, 2), sqlite3_column_int(stmt, 3),
             sqlite3_column_int(stmt, 4), sqlite3_column_int(stmt, 5), kind, himokuNo, idouSisanNo,
@@ -104,7 +104,7 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
 
 bool DataModel::recomputeSisanZankin(int64_t sisanId)
 {
-    return walkLedger(sisanId, [](int64_t, int64_t) {});
+    return walkLedger(sisanId, [](int64_t, int64_t, int64_t, int64_t) {});
 }
 
 bool DataModel::rereadShownItems()
