@@ -81,9 +81,8 @@ bool DataModel::walkLedger(int64_t sisanId, OnRow onRow)
 bool DataModel::readFromItemsTable(int64_t sisanId)
 {
     clearItemList();
-    std::shared_ptr<ItemsArena> arena;
+    const std::shared_ptr<ItemsArena> arena = emptyItemsArena();
     const bool read = walkLedger(sisanId, [&](int64_t kind, int64_t nyuukin, int64_t syukkin, int64_t zankin) {
-        if (!arena) arena = emptyItemsArena();
         const int64_t id = sqlite3_column_int(stmt, 0);
         const int64_t himokuNo = sqlite3_column_int(stmt, 7);
         const int64_t idouSisanNo = sqlite3_column_int(stmt, 8);
@@ -97,7 +96,7 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
         itemList.push_back(std::shared_ptr<Items>(arena, &item));
         itemIdx2Id.push_back(id);
     });
-    if (arena) arena->releaseUnused();
+    arena->releaseUnused();
     itemId2Idx.assignPositions(itemIdx2Id);
     return read;
 }

@@ -43,8 +43,11 @@ TEST_F(ItemsTest, TheLedgerIsReadInDateOrderWithRunningBalancesAndDisplayTexts)
     expectPositions(dm.itemId2Idx, dm.itemIdx2Id, {out, in});
     EXPECT_TRUE(dm.itemSortASC["Zankin"]);
 
-    // An earlier entry lands first and shifts every later balance.
+    // An earlier entry lands first and shifts every later balance; a row a
+    // screen still holds keeps what it was read with.
+    const std::shared_ptr<Items> held = dm.itemList[0];
     ASSERT_TRUE(dm.itemNyuukinSyukkinInsert("2023-12-31", 2023, 12, 31, s, 1, gaisyoku, 1234567, "Mom's"));
+    EXPECT_EQ(held->Hizuke + " " + std::to_string(held->Zankin), "2024-01-05 7000");
     EXPECT_EQ(ledger(), (Rows{"2023-12-31 1 0 1234567 0 -1 | 食費/外食  1,234,567 -1224567",
                               "2024-01-05 1 0 3000 0 -1 | 食費/外食  3,000 -1227567",
                               "2024-01-10 2 500 0 0 -1 | 給与/その他 500  -1227067"}));
