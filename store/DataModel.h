@@ -14,6 +14,7 @@
 struct sqlite3;
 struct sqlite3_stmt;
 class ItemsArena;
+class Transaction;
 
 // The ledger store: the one object that talks to the database. It holds the
 // lists the screens show and performs every read and write of the tables
@@ -175,8 +176,9 @@ private:
     bool allFitInt32(std::initializer_list<int64_t> values);
     std::string errorText(const char* prefix) const;
 
-    bool commitOrReport(class Transaction& tx);
-    bool beganOrReport(const class Transaction& tx);
+    // Report a transaction that could not begin or commit; true otherwise.
+    bool beganOrReport(const Transaction& tx);
+    bool commitOrReport(Transaction& tx);
 
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.

@@ -32,9 +32,7 @@ const char* const kIndexes[] = {
 };
 
 // The starter book: one wallet and common categories, each with its その他.
-const char* const kStarterBook[] = {
-    "INSERT INTO Sisan (Namae,SyokiKingaku,Zankin) VALUES ('現金',0,0)",
-};
+const char* const kStarterSisan = "INSERT INTO Sisan (Namae,SyokiKingaku,Zankin) VALUES ('現金',0,0)";
 const char* const kExpenseCategories[] = {"食費", "日用品", "住居費", "水道光熱費", "通信費",
                                           "交通費", "医療費", "教育費", "娯楽費", "衣服費"};
 const char* const kIncomeCategories[] = {"給与", "賞与", "臨時収入"};
@@ -63,24 +61,22 @@ bool buildSchema(sqlite3* db, std::string* error)
            runAll(db, std::begin(kIndexes), std::end(kIndexes), error);
 }
 
-bool insertCategory(sqlite3* db, int kind, const std::string& name, std::string* error)
+bool insertCategory(sqlite3* db, int kind, const char* name, std::string* error)
 {
-    // A category row is its own Hno; its one sub-item その他 points at it.
-    sqlite3_stmt* s = nullptr;
-    const char* sql = "INSERT INTO Himoku (SyubetuNo, Namae, Hno, Ucount) VALUES (?,?,?,?)";
-    bool ok = true;
-    for (int row = 0; row < 2 && ok; ++row) {
-        const std::string namae = row == 0 ? name : name + "/その他";
-        const sqlite3_int64 hno = row == 0 ? 0 : sqlite3_last_insert_rowid(db);
-        ok = sqlite3_prepare_v2(db, sql, -1, &s, nullptr) == SQLITE_OK &&
-             sqlite3_bind_int(s, 1, kind) == SQLITE_OK &&
-             sqlite3_bind_text(s, 2, namae.c_str(), -1, SQLITE_TRANSIENT) == SQLITE_OK &&
-             sqlite3_bind_int(s, 3, static_cast<int>(hno)) == SQLITE_OK &&
-             sqlite3_bind_int(s, 4, row == 0 ? 1 : 0) == SQLITE_OK && sqlite3_step(s) == SQLITE_DONE;
+    // The category row counts its one sub-item, その他, which points at it;
+    // then the category becomes its own Hno.
+    const char* const inserts[] = {
+        "INSERT INTO Himoku (SyubetuNo, Namae, Hno, Ucount) VALUES (?1, ?2, 0, 1)",
+        "INSERT INTO Himoku (SyubetuNo, Namae, Hno, Ucount) VALUES (?1, ?2 || '/その他', last_insert_rowid(), 0)",
+    };
+    for (const char* sql : inserts) {
+        sqlite3_stmt* s = nullptr;
+        const bool ok = sqlite3_prepare_v2(db, sql, -1, &s, nullptr) == SQLITE_OK &&
+                        sqlite3_bind_int(s, 1, kind) == SQLITE_OK &&
+                        sqlite3_bind_text(s, 2, name, -1, SQLITE_STATIC) == SQLITE_OK && sqlite3_step(s) == SQLITE_DONE;
         sqlite3_finalize(s);
-        s = nullptr;
+        if (!ok) return fail(error, std::string(sqlite3_errmsg(db)) + ": category " + name);
     }
-    if (!ok) return fail(error, std::string(sqlite3_errmsg(db)) + ": category " + name);
     return runControlStatement(db, "UPDATE Himoku SET Hno = Id WHERE Ucount > 0 AND Hno = 0") ||
            fail(error, sqlite3_errmsg(db));
 }
@@ -98,8 +94,7 @@ bool createDatabase(const fs::path& target, std::string* error)
             return fail(error, "cannot create " + temp.string() + ": " + sqlite3_errmsg(c.db));
         ::chmod(temp.c_str(), S_IRUSR | S_IWUSR);
         Transaction tx(c.db);
-        bool ok = tx.began() && buildSchema(c.db, error) &&
-                  runAll(c.db, std::begin(kStarterBook), std::end(kStarterBook), error);
+        bool ok = tx.began() && buildSchema(c.db, error) && runAll(c.db, &kStarterSisan, &kStarterSisan + 1, error);
         for (const char* name : kExpenseCategories) ok = ok && insertCategory(c.db, 1, name, error);
         for (const char* name : kIncomeCategories) ok = ok && insertCategory(c.db, 2, name, error);
         if (!ok || !tx.commit()) {
@@ -127,7 +122,8 @@ bool provisionResourceDirectory(const std::string& dir, std::string* error)
 {
     if (error) error->clear();
     std::error_code ec;
-    fs::create_directories(dir, ec);
+    // A new resource directory is private to its owner, like the book in it.
+    if (fs::create_directories(dir, ec)) fs::permissions(dir, fs::perms::owner_all, ec);
     if (ec) return fail(error, "cannot create " + dir + ": " + ec.message());
     const fs::path database = fs::path(dir) / "Zenvora.sql";
     if (!fs::exists(database, ec)) return createDatabase(database, error);
