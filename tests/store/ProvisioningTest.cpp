@@ -27,6 +27,8 @@ TEST_F(ProvisioningTest, AMissingDirectoryGetsAPrivateDatabaseWithTheStarterBook
     struct stat st {};
     ASSERT_EQ(::stat((home + "/Zenvora.sql").c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, 0600u);
+    ASSERT_EQ(::stat(home.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0700u);
     EXPECT_FALSE(std::filesystem::exists(home + "/Zenvora.sql.new"));
 
     path = home + "/Zenvora.sql";
