@@ -1,6 +1,7 @@
 // DataModel: ledger entries and transfers.
 #include "store/ColumnText.h"
 #include "store/DataModel.h"
+#include "store/FindById.h"
 #include "store/ItemsArena.h"
 #include "store/Money.h"
 #include "store/Transaction.h"
@@ -44,13 +45,7 @@ std::shared_ptr<ItemsArena> DataModel::emptyItemsArena()
 template <typename OnRow>
 bool DataModel::walkLedger(int64_t sisanId, OnRow onRow)
 {
-    const Sisan* sisan = nullptr;
-    for (const auto& s : sisanList) {
-        if (s->Id == sisanId) {
-            sisan = s.get();
-            break;
-        }
-    }
+    const Sisan* sisan = findById(sisanList, sisanId2Idx, sisanId);
     if (!sisan) {
         someMessageWithAlert("error readFromItemTable", "stop the app");
         return false;
@@ -146,15 +141,8 @@ std::string DataModel::getHimokuNamaeFromHimokuRowNo(int64_t syubetuNo, int64_t 
 
 std::string DataModel::getHimokuNamaeFromNo(int64_t id)
 {
-    // The map answers in one step for every row of a long ledger; the walk
-    // stays for a list that was changed without a re-read.
-    if (const int64_t* p = himokuId2Idx.find(id)) {
-        const auto& himoku = himokuList[static_cast<size_t>(*p)];
-        if (himoku->Id == id) return himoku->Namae;
-    }
-    for (const auto& himoku : himokuList)
-        if (himoku->Id == id) return himoku->Namae;
-    return "????";
+    const Himoku* himoku = findById(himokuList, himokuId2Idx, id);
+    return himoku ? himoku->Namae : "????";
 }
 
 bool DataModel::insertItemRow(const char* sql, const char* prepareMessage, const std::string& hizuke, int64_t nen,

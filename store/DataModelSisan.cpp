@@ -1,6 +1,7 @@
 // DataModel: assets and balances.
 #include "store/ColumnText.h"
 #include "store/DataModel.h"
+#include "store/FindById.h"
 #include "store/Transaction.h"
 
 bool DataModel::readFromSisanTable()
@@ -31,11 +32,9 @@ void DataModel::totalOfZankinFrom_sisanList()
 
 void DataModel::updateSisanZankinList(int64_t id, int64_t zankin)
 {
-    for (const auto& sisan : sisanList) {
-        if (sisan->Id == id) {
-            sisan->Zankin = zankin;
-            return;
-        }
+    if (Sisan* sisan = findById(sisanList, sisanId2Idx, id)) {
+        sisan->Zankin = zankin;
+        return;
     }
     someMessageWithAlert("error updateSisanZankinList");
 }
@@ -98,11 +97,6 @@ bool DataModel::sisanDelete(int64_t id)
 
 std::string DataModel::getSisanNamaeFromNo(int64_t id)
 {
-    if (const int64_t* p = sisanId2Idx.find(id)) {
-        const auto& sisan = sisanList[static_cast<size_t>(*p)];
-        if (sisan->Id == id) return sisan->Namae;
-    }
-    for (const auto& sisan : sisanList)
-        if (sisan->Id == id) return sisan->Namae;
-    return "????";
+    const Sisan* sisan = findById(sisanList, sisanId2Idx, id);
+    return sisan ? sisan->Namae : "????";
 }
