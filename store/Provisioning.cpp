@@ -36,6 +36,7 @@ const char* const kStarterSisan = "INSERT INTO Sisan (Namae,SyokiKingaku,Zankin)
 const char* const kExpenseCategories[] = {"食費", "日用品", "住居費", "水道光熱費", "通信費",
                                           "交通費", "医療費", "教育費", "娯楽費", "衣服費"};
 const char* const kIncomeCategories[] = {"給与", "賞与", "臨時収入"};
+const char* const kCategoriesOwnHno = "UPDATE Himoku SET Hno = Id WHERE Ucount > 0";
 
 struct Connection {
     sqlite3* db = nullptr;
@@ -63,8 +64,8 @@ bool buildSchema(sqlite3* db, std::string* error)
 
 bool insertCategory(sqlite3* db, int kind, const char* name, std::string* error)
 {
-    // The category row counts its one sub-item, その他, which points at it;
-    // then the category becomes its own Hno.
+    // The category row counts its one sub-item, その他, which points at it.
+    // The category's own Hno is set once all categories are in.
     const char* const inserts[] = {
         "INSERT INTO Himoku (SyubetuNo, Namae, Hno, Ucount) VALUES (?1, ?2, 0, 1)",
         "INSERT INTO Himoku (SyubetuNo, Namae, Hno, Ucount) VALUES (?1, ?2 || '/その他', last_insert_rowid(), 0)",
@@ -77,8 +78,7 @@ bool insertCategory(sqlite3* db, int kind, const char* name, std::string* error)
         sqlite3_finalize(s);
         if (!ok) return fail(error, std::string(sqlite3_errmsg(db)) + ": category " + name);
     }
-    return runControlStatement(db, "UPDATE Himoku SET Hno = Id WHERE Ucount > 0 AND Hno = 0") ||
-           fail(error, sqlite3_errmsg(db));
+    return true;
 }
 
 bool createDatabase(const fs::path& target, std::string* error)
@@ -97,6 +97,7 @@ bool createDatabase(const fs::path& target, std::string* error)
         bool ok = tx.began() && buildSchema(c.db, error) && runAll(c.db, &kStarterSisan, &kStarterSisan + 1, error);
         for (const char* name : kExpenseCategories) ok = ok && insertCategory(c.db, 1, name, error);
         for (const char* name : kIncomeCategories) ok = ok && insertCategory(c.db, 2, name, error);
+        ok = ok && runAll(c.db, &kCategoriesOwnHno, &kCategoriesOwnHno + 1, error);
         if (!ok || !tx.commit()) {
             if (error && error->empty()) *error = sqlite3_errmsg(c.db);
             fs::remove(temp, ec);

@@ -52,10 +52,7 @@ TEST_F(LifecycleTest, AReadOnlyDatabaseRefusesEveryWriteWithSQLitesMessage)
 
     const std::vector<Write> writes{
         {[](DataModel& d) { return d.sisanInsert("C", 1); }, "failure inserting sisan : "},
-        {[a](DataModel& d) { return d.sisanUpdate(a, "C", 1, 1); }, "failure updating sisan: "},
         {[](DataModel& d) { return d.updateSisanZankinTable(); }, "failure updating sisan Zankin: "},
-        {[a](DataModel& d) { return d.itemNyuukinSyukkinInsert("2024-01-02", 2024, 1, 2, a, 1, 2, 5, ""); },
-         "failure inserting item Syukkin,Nyuukin: "},
         {[a, b](DataModel& d) { return d.itemIdouSisanInsert("2024-01-02", 2024, 1, 2, a, 3, b, 5, ""); },
          "failure inserting item Syukkin,Nyuukin: "},
         {[](DataModel& d) { return d.insertHimokuOfHiimoku(1, "X"); }, "failure inserting himoku : "},
@@ -83,8 +80,6 @@ TEST_F(LifecycleTest, ValuesOutsideThirtyTwoBitsAreRefusedBeforeAnythingIsWritte
 
     const std::vector<std::function<bool(DataModel&)>> writes{
         [&](DataModel& d) { return d.sisanInsert("C", over); },
-        [&](DataModel& d) { return d.sisanUpdate(a, "C", under, 0); },
-        [&](DataModel& d) { return d.itemNyuukinSyukkinInsert("2024-01-02", 2024, 1, 2, a, 1, 2, over, ""); },
         [&](DataModel& d) { return d.itemIdouSisanInsert("2024-01-02", 2024, 1, 2, a, 3, b, under, ""); },
         [&](DataModel& d) { return d.itemUpdate(entry, "2024-01-02", 2024, 1, 2, a, 1, 2, over, ""); },
         [&](DataModel& d) {

@@ -4,7 +4,6 @@
 
 #include <sqlite3.h>
 
-#include <cstdlib>
 #include <filesystem>
 
 #include "store/Provisioning.h"
@@ -64,15 +63,6 @@ TEST_F(ProvisioningTest, AnExistingDatabaseOnlyGainsItsMissingIndexes)
     ASSERT_TRUE(provisionResourceDirectory(dir, &error)) << error;
     EXPECT_EQ(scalar(kIndexCount), 4);
     EXPECT_EQ(dumpAll(), before);
-}
-
-TEST_F(ProvisioningTest, TheResourceDirectoryFollowsXdgDataHome)
-{
-    ::setenv("XDG_DATA_HOME", dir.c_str(), 1);
-    EXPECT_EQ(resourceDirectory(), dir + "/Zenvora");
-    ::setenv("XDG_DATA_HOME", "", 1);
-    ::setenv("HOME", dir.c_str(), 1);
-    EXPECT_EQ(resourceDirectory(), dir + "/.local/share/Zenvora");
 }
 
 }  // namespace
