@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QObject>
+
+class DataModel;
+
+// The application's start and end. Balances are kept in memory while the
+// program runs; closing the main window (by its close button, the menu or
+// Ctrl+Q) or quitting the application writes them to the asset table, once.
+class AppDelegate final : public QObject {
+public:
+    explicit AppDelegate(DataModel& dm, QObject* parent = nullptr);
+
+    void applicationDidFinishLaunching() {}
+    // Closing the main window ends the application.
+    static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
+    // Writes every asset's balance; on failure says so in a message box. Runs
+    // once: later calls do nothing.
+    void applicationWillTerminate();
+    // Runs applicationWillTerminate when this window closes, while the
+    // event loop still runs so that a message can be shown.
+    void watch(QObject* mainWindow);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    DataModel& DM;
+    QObject* mainWindow = nullptr;
+    bool terminated = false;
+};

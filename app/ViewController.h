@@ -1,0 +1,120 @@
+#pragma once
+
+#include <QMainWindow>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ui/ModalEditor.h"
+
+class DataModel;
+class ItemTableModel;
+class QAbstractButton;
+class QStringListModel;
+class QTableView;
+struct Sisan;
+class SisanTableModel;
+namespace Ui {
+class ViewController;
+}
+
+// The main window: today's date, the asset list with the grand total, the
+// entry list of the selected asset and the entry panel for new, edited and
+// deleted entries. It reads the store's lists directly and changes data only
+// through store operations, then reloads what they re-read.
+//
+// The frame (start-up, editors, message boxes) is in ViewController.cpp, the
+// two lists in ViewControllerLists.cpp, the entry panel in
+// ViewControllerEntry.cpp.
+class ViewController final : public QMainWindow, public EditorDelegate {
+    Q_OBJECT
+
+public:
+    // Builds the window on the store and runs viewDidLoad.
+    explicit ViewController(DataModel& dm, QWidget* parent = nullptr);
+    ~ViewController() override;
+
+    DataModel& DM;
+
+    // Where each transition leads: a factory of the modal editor to show.
+    // An editor menu action stays disabled while its transition has none.
+    using SegueDestination = std::function<ModalEditor*(QWidget* parent)>;
+    void setSegueDestination(const QString& identifier, SegueDestination destination);
+
+    // ---- frame --------------------------------------------------------------
+    void mnuShowPrefsSisan();
+    void mnuShowPrefsHimoku();
+    // Creates the transition's editor, prepares it and runs it modally.
+    void performSegue(const QString& identifier);
+    // Hands the editor this window as its delegate; "prepare failed" on
+    // standard output for an unknown identifier. False when nothing is shown.
+    bool prepare(const QString& identifier, ModalEditor* destination);
+    void sisanKoumokuChanged(bool changed) override;
+    void himokuKoumokuChanged(bool changed) override;
+    void someMessageWithAlert(const QString& message, const QString& informative = QStringLiteral("information"));
+    bool yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no);
+
+    // ---- asset and entry lists ----------------------------------------------
+    // Shows itemList afresh and scrolls to its last row.
+    void tblItemReload();
+    void tableViewSelectionDidChange(QTableView* table);
+    // Sorts the entry list by the clicked column, each click the other way.
+    void tableViewMouseDownInHeaderOf(QTableView* table, int column);
+
+    // ---- entry panel ---------------------------------------------------------
+    void rdbtnSelected(QAbstractButton* sender);
+    // Fills the combo box for the kind: sub-items (1, 2) or assets (3).
+    void setComboItemData(int64_t kind);
+    int numberOfItems() const;
+    void newItem();
+    void editUpdateItem();
+    void deleteItem();
+    void btnItemDataOK();
+    void btnItemDataCancel();
+    // The index of the first combo item with this Id.
+    std::optional<int> comboBoxId2Idx(int64_t id) const;
+
+private:
+    std::unique_ptr<Ui::ViewController> ui;
+    SisanTableModel* sisanModel = nullptr;
+    ItemTableModel* itemModel = nullptr;
+    QStringListModel* comboModel = nullptr;
+    std::map<QString, SegueDestination> segueDestinations;
+
+    int64_t theItemDataSelectedId = -1;  // entry last selected; the edit updates it
+    std::vector<int64_t> cmbItemDataIdArray;
+    std::vector<std::string> cmbItemDataNamae;
+    int64_t theItemDataSyoriNo = 0;  // 1 new entry, 2 edit entry
+    bool selectingQuietly = false;   // a selection made by the code, not the user
+
+    void viewDidLoad();
+    void wireActions();
+    void layOutColumns();
+    void showGrandTotal();
+    void showToday();
+
+    // Lists.
+    // Shows the asset at this row: its name, and its entries read afresh.
+    void sisanSelected(int row);
+    // Selects the row without running the selection handler.
+    void selectSisanRowQuietly(int row);
+    // Reloads the asset list, keeping the selected asset selected, and
+    // shows the recomputed grand total.
+    void reloadSisanList();
+    static int selectedRow(const QTableView* table);
+    const Sisan* selectedSisan() const;
+
+    // Entry panel.
+    void itemDataSinki();
+    void itemDataHensyuu();
+    void openPanel(const QString& title, int64_t syoriNo);
+    void setListsEnabled(bool enabled);
+    std::optional<int64_t> validatedKingaku();
+    std::optional<int64_t> selectedComboId();
+    void refreshAfterStore();
+    void resetPanelToExpense();
+};

@@ -1,0 +1,54 @@
+// Zenvora: a household account book.
+#include <QApplication>
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/AppDelegate.h"
+#include "app/ViewController.h"
+#include "store/DataModel.h"
+#include "store/Provisioning.h"
+#include "ui/MessageService.h"
+
+namespace {
+
+bool hasDisplay()
+{
+    for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
+        const char* value = std::getenv(name);
+        if (value && *value) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    if (!hasDisplay()) {
+        std::fprintf(stderr,
+                     "Zenvora is a desktop application and needs a graphical display (DISPLAY or WAYLAND_DISPLAY).\n"
+                     "On a machine without one, run it on a virtual display:  xvfb-run -a %s\n",
+                     argv[0]);
+        return 1;
+    }
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Zenvora"));
+    QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
+    installStoreMessageSink();
+
+    // A new user gets a starter book instead of a database error.
+    std::string error;
+    if (!provisionResourceDirectory(resourceDirectory(), &error)) {
+        messageService().someMessageWithAlert(QStringLiteral("データベースを用意できませんでした。"),
+                                              QString::fromStdString(error));
+        return 1;
+    }
+    DataModel& dm = DataModel::sharedInstance();
+    AppDelegate delegate(dm);
+    ViewController window(dm);
+    delegate.watch(&window);
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate, &AppDelegate::applicationWillTerminate);
+    window.show();
+    delegate.applicationDidFinishLaunching();
+    return QApplication::exec();
+}

@@ -1,0 +1,28 @@
+#include "ui/Clock.h"
+
+namespace {
+
+std::function<QDateTime()>& clockInUse()
+{
+    static std::function<QDateTime()> clock;
+    return clock;
+}
+
+}  // namespace
+
+QDateTime currentDateTime()
+{
+    const auto& clock = clockInUse();
+    return clock ? clock() : QDateTime::currentDateTime();
+}
+
+void setClock(std::function<QDateTime()> clock)
+{
+    clockInUse() = std::move(clock);
+}
+
+QString dateStamp(const QDate& date)
+{
+    // "yyyy" is the calendar year: 30 and 31 December stay in their year.
+    return date.toString(QStringLiteral("yyyy年MM月dd日"));
+}
