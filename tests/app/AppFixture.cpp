@@ -1,0 +1,149 @@
+#include "tests/app/AppFixture.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QInputMethodEvent>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTableView>
+
+#include "ui/Clock.h"
+
+void AppFixture::SetUp()
+{
+    StoreFixture::SetUp();
+    setMessageService(this);
+    installStoreMessageSink();
+    setClock([] { return QDateTime(QDate(2026, 11, 23), QTime(10, 0)); });
+}
+
+void AppFixture::TearDown()
+{
+    vc.reset();
+    setClock({});
+    setMessageService(nullptr);
+    EXPECT_TRUE(answers.empty()) << "questions expected but not asked";
+    StoreFixture::TearDown();
+}
+
+ViewController& AppFixture::start()
+{
+    vc.reset();
+    vc = std::make_unique<ViewController>(open());
+    vc->show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(vc.get()));
+    return *vc;
+}
+
+void AppFixture::someMessageWithAlert(const QString& message, const QString& informative)
+{
+    messages.emplace_back(message.toStdString(), informative.toStdString());
+}
+
+bool AppFixture::yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no)
+{
+    questions.push_back((message + "|" + yes + "|" + no).toStdString());
+    if (answers.empty()) {
+        ADD_FAILURE() << "unexpected question " << questions.back();
+        return false;
+    }
+    const bool answer = answers.front();
+    answers.pop_front();
+    return answer;
+}
+
+void AppFixture::click(const char* button)
+{
+    auto* b = find<QAbstractButton>(button);
+    ASSERT_TRUE(b->isVisible() && b->isEnabled()) << button;
+    QTest::mouseClick(b, Qt::LeftButton);
+}
+
+void AppFixture::type(const char* field, const QString& text)
+{
+    auto* edit = find<QLineEdit>(field);
+    edit->setFocus();
+    edit->selectAll();
+    QTest::keyClick(edit, Qt::Key_Backspace);
+    bool ascii = true;
+    for (const QChar c : text) ascii = ascii && c.unicode() < 0x80;
+    if (ascii) {
+        QTest::keyClicks(edit, text);
+    } else {
+        // Japanese text arrives as an input method's commit, as it does for a user.
+        QInputMethodEvent commit;
+        commit.setCommitString(text);
+        QApplication::sendEvent(edit, &commit);
+    }
+}
+
+void AppFixture::pickCombo(const QString& text)
+{
+    auto* combo = find<QComboBox>("cmbItemDataHimomku");
+    const int index = combo->findText(text);
+    ASSERT_GE(index, 0) << text.toStdString();
+    combo->setCurrentIndex(index);
+}
+
+void AppFixture::pickDate(const QDate& date)
+{
+    find<QDateEdit>("itemDataDatePicker")->setDate(date);
+}
+
+void AppFixture::selectRow(const char* table, int row)
+{
+    auto* view = find<QTableView>(table);
+    const QModelIndex index = view->model()->index(row, 0);
+    view->scrollTo(index);
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(index).center());
+}
+
+void AppFixture::clickHeader(const char* table, const char* title)
+{
+    QHeaderView* header = find<QTableView>(table)->horizontalHeader();
+    for (int c = 0; c < header->count(); ++c) {
+        if (header->model()->headerData(c, Qt::Horizontal).toString() != QString::fromUtf8(title)) continue;
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {},
+                          QPoint(header->sectionViewportPosition(c) + header->sectionSize(c) / 2, header->height() / 2));
+        return;
+    }
+    ADD_FAILURE() << "no column " << title;
+}
+
+void AppFixture::enterNew(const char* kind, const QString& combo, const QString& kingaku, const QDate& date,
+                          const QString& bikou)
+{
+    click("btnNewItem");
+    click(kind);
+    if (!combo.isEmpty()) pickCombo(combo);
+    pickDate(date);
+    type("txtItemDataKingaku", kingaku);
+    type("txtItemDataBikou", bikou);
+    click("btnItemDataOK");
+}
+
+Rows AppFixture::shown(const char* table)
+{
+    const QAbstractItemModel* model = find<QTableView>(table)->model();
+    Rows rows;
+    for (int r = 0; r < model->rowCount(); ++r) {
+        QString line;
+        for (int c = 0; c < model->columnCount(); ++c)
+            line += (c ? "|" : "") + model->data(model->index(r, c)).toString();
+        rows.push_back(line.toStdString());
+    }
+    return rows;
+}
+
+QString AppFixture::label(const char* name)
+{
+    return find<QLabel>(name)->text();
+}
+
+bool AppFixture::panelShown()
+{
+    return find<QWidget>("itemData")->isVisible();
+}

@@ -1,0 +1,186 @@
+#include <QAction>
+#include <QComboBox>
+#include <QScrollBar>
+#include <QTableView>
+
+#include "app/AppDelegate.h"
+#include "tests/app/AppFixture.h"
+#include "ui/Clock.h"
+
+namespace {
+
+// A stand-in for an editor: when shown it runs `work` on the store and
+// closes with `changed` as its changed-flag.
+class FakeEditor final : public ModalEditor {
+public:
+    FakeEditor(QWidget* parent, std::function<bool()> work) : ModalEditor(parent), work(std::move(work)) {}
+    int exec() override
+    {
+        changed = work();
+        done(Accepted);
+        return Accepted;
+    }
+    int callbacks = 0;
+
+protected:
+    void viewWillDisappear() override
+    {
+        ++callbacks;
+        if (delegate) delegate->sisanKoumokuChanged(changed);
+    }
+
+private:
+    std::function<bool()> work;
+    bool changed = false;
+};
+
+class MainWindowTest : public AppFixture {
+protected:
+    // Opens the asset editor, which runs `work`.
+    void runSisanEditor(std::function<bool()> work)
+    {
+        vc->setSegueDestination("showPrefsSisanModal",
+                                [work](QWidget* parent) { return new FakeEditor(parent, work); });
+        find<QAction>("mnuShowPrefsSisan")->trigger();
+    }
+};
+
+TEST_F(MainWindowTest, StartUpShowsTheFirstAssetWithItsNewestEntriesInView)
+{
+    const int64_t s = addSisan("財布", 1000000, 0);
+    addSisan("銀行", 234567, 234567);
+    const int64_t food = addCategory(1, "食費") + 1;
+    for (int day = 1; day <= 28; ++day)
+        for (int month = 1; month <= 3; ++month)
+            addEntry(s, QDate(2024, month, day).toString("yyyy-MM-dd").toStdString(), 1, food, 100);
+    setClock([] { return QDateTime(QDate(2018, 12, 31), QTime(23, 59)); });
+    ViewController& w = start();
+
+    EXPECT_EQ(w.windowTitle(), "Zenvora");
+    EXPECT_EQ(label("lblToday"), "2018年12月31日");
+    EXPECT_EQ(label("lblSisanmei"), "財布");
+    EXPECT_EQ(shown("tblSisan"), (Rows{"財布|991,600", "銀行|234,567"}));
+    EXPECT_EQ(label("lblSisanSouGoukei"), "1,226,167");
+    EXPECT_EQ(w.DM.theSisanNo, 0);
+    EXPECT_EQ(shown("tblItem").back(), "2024-03-28|食費/その他||100|991,600");
+    const QScrollBar* bar = find<QTableView>("tblItem")->verticalScrollBar();
+    EXPECT_GT(bar->maximum(), 0);
+    EXPECT_EQ(bar->value(), bar->maximum());
+    const QAbstractItemModel* model = find<QTableView>("tblItem")->model();
+    EXPECT_EQ(model->data(model->index(0, 4), Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignRight,
+              Qt::AlignRight);
+    EXPECT_FALSE(panelShown());
+    EXPECT_EQ(find<QComboBox>("cmbItemDataHimomku")->count(), 1);
+    EXPECT_EQ(w.DM.theSyubetuNo, 1);
+
+    vc.reset();
+    setClock([] { return QDateTime(QDate(2019, 12, 30), QTime(0, 0)); });
+    start();
+    EXPECT_EQ(label("lblToday"), "2019年12月30日");
+    EXPECT_TRUE(messages.empty());
+}
+
+TEST_F(MainWindowTest, AnEmptyBookShowsNothingAndSaysWhatIsMissing)
+{
+    ViewController& w = start();
+    EXPECT_EQ(label("lblSisanmei"), "");
+    EXPECT_EQ(label("lblSisanSouGoukei"), "0");
+    EXPECT_EQ(shown("tblItem"), Rows{});
+    click("btnNewItem");
+    click("btnEditUpdateItem");
+    click("btnDeleteItem");
+    EXPECT_EQ(takeMessages(),
+              (Messages{{"資産がありません。先に「設定」の「資産の設定」で資産を追加してください。", "information"},
+                        {"データ行を選択してから編集してください。", "information"},
+                        {"データ行を選択してから削除してください。", "information"}}));
+    EXPECT_FALSE(panelShown());
+    w.close();
+}
+
+TEST_F(MainWindowTest, EditorsReportBackAndTheWindowFollowsTheirChanges)
+{
+    const int64_t a = addSisan("A", 100, 100);
+    const int64_t b = addSisan("B", 200, 200);
+    const int64_t c = addSisan("C", 300, 300);
+    const int64_t food = addCategory(1, "食費") + 1;
+    addEntry(a, "2024-01-01", 1, food, 10);
+    addEntry(b, "2024-01-01", 1, food, 20);
+    ViewController& w = start();
+    EXPECT_FALSE(find<QAction>("mnuShowPrefsSisan")->isEnabled()) << "no editor yet";
+    selectRow("tblSisan", 1);
+
+    // Nothing changed: nothing is read again.
+    const Items* shownRow = w.DM.itemList.front().get();
+    runSisanEditor([] { return false; });
+    EXPECT_EQ(w.DM.itemList.front().get(), shownRow);
+    EXPECT_EQ(label("lblSisanmei"), "B");
+    w.DM.sisanUpdate(a, "changed behind", 100, 100);
+
+    // The shown asset's opening amount changed: its entries and balance follow.
+    runSisanEditor([&] { return w.DM.sisanUpdate(b, "B2", 1000, 1000); });
+    EXPECT_EQ(label("lblSisanmei"), "B2");
+    EXPECT_EQ(w.DM.theSisanNo, 1);
+    EXPECT_EQ(shown("tblItem"), Rows{"2024-01-01|食費/その他||20|980"});
+    EXPECT_EQ(shown("tblSisan"), (Rows{"changed behind|100", "B2|980", "C|300"}));
+    EXPECT_EQ(label("lblSisanSouGoukei"), "1,380");
+
+    // The shown asset deleted: the first asset is selected, named and listed.
+    runSisanEditor([&] {
+        const bool done = w.DM.sisanDeleteWithItems(b);
+        w.DM.theSisanNo = 0;
+        return done;
+    });
+    EXPECT_EQ(label("lblSisanmei"), "changed behind");
+    EXPECT_EQ(find<QTableView>("tblSisan")->selectionModel()->selectedRows().front().row(), 0);
+    EXPECT_EQ(shown("tblItem"), Rows{"2024-01-01|食費/その他||10|90"});
+    EXPECT_EQ(label("lblSisanSouGoukei"), "390");
+
+    // Every asset deleted.
+    runSisanEditor([&] { return w.DM.sisanDeleteWithItems(a) && w.DM.sisanDeleteWithItems(c); });
+    EXPECT_EQ(label("lblSisanmei"), "");
+    EXPECT_EQ(shown("tblItem"), Rows{});
+    EXPECT_EQ(label("lblSisanSouGoukei"), "0");
+    EXPECT_TRUE(messages.empty());
+
+    // An unknown transition only says so on standard output.
+    testing::internal::CaptureStdout();
+    w.performSegue("showSomethingElse");
+    w.performSegue("");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "prepare failed\n");
+}
+
+TEST_F(MainWindowTest, ClosingTheWindowWritesEveryBalanceOnce)
+{
+    const int64_t s = addSisan("S", 1000, 0);
+    const int64_t food = addCategory(1, "食費") + 1;
+    addEntry(s, "2024-01-01", 1, food, 300);
+    ViewController& w = start();
+    AppDelegate delegate(w.DM);
+    delegate.watch(&w);
+
+    // Ctrl+Q closes the window, which writes the balances.
+    w.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&w));
+    QTest::keyClick(&w, Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_FALSE(w.isVisible());
+    EXPECT_EQ(scalar("SELECT Zankin FROM Sisan"), 700);
+
+    // Quitting after the close does not write again.
+    armFailure("Sisan", "UPDATE", "1");
+    delegate.applicationWillTerminate();
+    EXPECT_TRUE(messages.empty());
+}
+
+TEST_F(MainWindowTest, AFailedBalanceWriteIsReported)
+{
+    addSisan("S", 1000, 0);
+    ViewController& w = start();
+    AppDelegate delegate(w.DM);
+    delegate.watch(&w);
+    armFailure("Sisan", "UPDATE", "1");
+    w.close();
+    ASSERT_EQ(messages.size(), 2u);
+    EXPECT_EQ(messages[1], (Message{"Zenvora.app:failure  terminating!!", "information"}));
+}
+
+}  // namespace
