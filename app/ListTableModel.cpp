@@ -49,3 +49,11 @@ void ListTableModel::reload()
     beginResetModel();
     endResetModel();
 }
+
+void ListTableModel::reorder()
+{
+    // The row count stays, so a change of every cell's data says it all and
+    // spares the views the per-row work of a reset or a layout change.
+    const int rows = rowCount();
+    if (rows > 0) emit dataChanged(index(0, 0), index(rows - 1, columnCount() - 1));
+}

@@ -26,6 +26,9 @@ public:
     std::string columnIdentifier(int column) const;
     // Tells the views that the whole list may have changed.
     void reload();
+    // Tells the views that the same rows now stand in another order. A
+    // selection stays on its row number, as after a reload.
+    void reorder();
 
 protected:
     // The cell's text for the column with this identifier.

@@ -91,6 +91,6 @@ void ViewController::tableViewMouseDownInHeaderOf(QTableView* table, int column)
     const auto flag = DM.itemSortASC.find(identifier);
     const bool ascending = flag != DM.itemSortASC.end() && flag->second;
     if (!sortItemList(DM.itemList, identifier, ascending)) return;
-    itemModel->reload();
+    itemModel->reorder();
     DM.itemSortASC[identifier] = !ascending;
 }

@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -18,8 +17,10 @@
 #include <string>
 #include <vector>
 
+#include "bench/Compare.h"
 #include "bench/Floor.h"
 #include "bench/Generator.h"
+#include "bench/MainWindowBench.h"
 #include "store/DataModel.h"
 #include "store/MessageSink.h"
 
@@ -30,36 +31,6 @@ struct Options {
     int runs = 7;
     std::string keepDir;
 };
-
-double millisOf(const std::function<void()>& work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    const size_t n = v.size();
-    return n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
-}
-
-// Times store and floor in turn, runs times each, after `prepare` (untimed).
-void compare(const char* operation, int runs, const std::function<void(int)>& store,
-             const std::function<void(int)>& floor, const std::function<void(int)>& prepare = nullptr)
-{
-    std::vector<double> storeMs, floorMs;
-    for (int r = 0; r < runs; ++r) {
-        if (prepare) prepare(2 * r);
-        storeMs.push_back(millisOf([&] { store(r); }));
-        if (prepare) prepare(2 * r + 1);
-        floorMs.push_back(millisOf([&] { floor(r); }));
-    }
-    const double s = median(storeMs), f = median(floorMs);
-    std::printf("bench %s store_ms=%.3f floor_ms=%.3f ratio=%.3f\n", operation, s, f, s / f);
-    std::fflush(stdout);
-}
 
 // A field of /proc/self/status in kB.
 long statusKb(const char* field)
@@ -187,6 +158,8 @@ int main(int argc, char** argv)
                 if (turn % 2 == 0) dm->readFromHimokuTable();  // the floor's deletion is news to the store
             });
     std::fprintf(stderr, "floor checksum %lld\n", static_cast<long long>(floor.checksum()));
+
+    benchMainWindow(*dm, largest, ledger.secondSisanId, runs, argc, argv);
 
     dm.reset();
     if (options.keepDir.empty()) std::filesystem::remove_all(dir);
