@@ -76,7 +76,7 @@ void ViewController::layOutColumns()
         table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
         table->verticalHeader()->setDefaultSectionSize(metrics.height() + 10);
     }
-    ui->tblItem->setMinimumWidth(metrics.horizontalAdvance(QStringLiteral("0000-00-00")) + 3 * amount + 200);
+    ui->tblItem->setMinimumWidth(metrics.horizontalAdvance(QStringLiteral("0000-00-00")) + 3 * amount + 140);
     QFont title = ui->lblSisanmei->font();
     title.setPointSizeF(title.pointSizeF() * 1.3);
     title.setBold(true);

@@ -27,7 +27,7 @@ int main(int argc, char** argv)
     if (!hasDisplay()) {
         std::fprintf(stderr,
                      "Zenvora is a desktop application and needs a graphical display (DISPLAY or WAYLAND_DISPLAY).\n"
-                     "On a machine without one, run it on a virtual display:  xvfb-run -a %s\n",
+                     "On a machine without one, run it on a virtual display (Debian package xvfb):  xvfb-run -a %s\n",
                      argv[0]);
         return 1;
     }

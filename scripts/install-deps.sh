@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# Installs the Debian packages listed in scripts/packages.txt that are not
-# installed yet. Needs root (or sudo) only when something is missing.
+# Installs the Debian packages listed in scripts/packages.txt (and in any list
+# files given as arguments) that are not installed yet. Needs root (or sudo)
+# only when something is missing.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
-mapfile -t packages < <(grep -v '^\s*\(#\|$\)' "$here/packages.txt")
+mapfile -t packages < <(cat "$here/packages.txt" "$@" | grep -v '^\s*\(#\|$\)')
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
