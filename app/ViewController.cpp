@@ -188,6 +188,18 @@ void ViewController::sisanKoumokuChanged(bool changed)
         sisanSelected(static_cast<int>(DM.theSisanNo));
     }
     reloadSisanList();
+    refreshComboItems();
+}
+
+void ViewController::refreshComboItems()
+{
+    // The panel may be open behind the editor: offer only what still exists,
+    // keeping the chosen item when it does.
+    if (DM.theSyubetuNo < kSyubetuSisyutu || DM.theSyubetuNo > kSyubetuIdouMoto) return;
+    const int index = ui->cmbItemDataHimomku->currentIndex();
+    const int64_t chosen = index >= 0 ? cmbItemDataIdArray[static_cast<size_t>(index)] : -1;
+    setComboItemData(DM.theSyubetuNo);
+    if (const auto again = comboBoxId2Idx(chosen)) ui->cmbItemDataHimomku->setCurrentIndex(*again);
 }
 
 void ViewController::himokuKoumokuChanged(bool changed)

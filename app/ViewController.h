@@ -96,6 +96,7 @@ private:
     void layOutColumns();
     void showGrandTotal();
     void showToday();
+    void refreshComboItems();
 
     // Lists.
     // Shows the asset at this row: its name, and its entries read afresh.

@@ -124,7 +124,11 @@ TEST_F(MainWindowTest, EditorsReportBackAndTheWindowFollowsTheirChanges)
     EXPECT_EQ(shown("tblSisan"), (Rows{"changed behind|100", "B2|980", "C|300"}));
     EXPECT_EQ(label("lblSisanSouGoukei"), "1,380");
 
-    // The shown asset deleted: the first asset is selected, named and listed.
+    // The shown asset deleted: the first asset is selected, named and listed,
+    // and an open panel no longer offers it as a destination.
+    click("btnNewItem");
+    click("rdbIdou");
+    pickCombo("C");
     runSisanEditor([&] {
         const bool done = w.DM.sisanDeleteWithItems(b);
         w.DM.theSisanNo = 0;
@@ -134,6 +138,9 @@ TEST_F(MainWindowTest, EditorsReportBackAndTheWindowFollowsTheirChanges)
     EXPECT_EQ(find<QTableView>("tblSisan")->selectionModel()->selectedRows().front().row(), 0);
     EXPECT_EQ(shown("tblItem"), Rows{"2024-01-01|食費/その他||10|90"});
     EXPECT_EQ(label("lblSisanSouGoukei"), "390");
+    const auto* combo = find<QComboBox>("cmbItemDataHimomku");
+    EXPECT_EQ(combo->count(), 2);
+    EXPECT_EQ(combo->currentText(), "C");
 
     // Every asset deleted.
     runSisanEditor([&] { return w.DM.sisanDeleteWithItems(a) && w.DM.sisanDeleteWithItems(c); });
