@@ -177,6 +177,9 @@ void ViewController::sisanKoumokuChanged(bool changed)
 {
     if (!changed) return;
     tblItemReload();
+    // The editors' re-read of the asset table brought back the stored
+    // balances, and a deletion may have removed entries of any asset.
+    DM.recomputeAllSisanZankin();
     // An editor may have deleted the shown asset (the store then points
     // theSisanNo at the first one) or changed its opening amount: select the
     // asset at theSisanNo and read its entries, so that the selection, the

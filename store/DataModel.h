@@ -83,6 +83,10 @@ public:
     bool readFromSisanTable();
     // GrandTotalSisan := sum of the in-memory balances.
     void totalOfZankinFrom_sisanList();
+    // Recomputes every asset's in-memory balance from its entries: a re-read
+    // of the asset table brings back the stored copies, which lag behind the
+    // entries until the program ends. GrandTotalSisan follows.
+    bool recomputeAllSisanZankin();
     // Sets the in-memory balance of the asset with this Id.
     void updateSisanZankinList(int64_t id, int64_t zankin);
     // Writes every in-memory balance to the table in one transaction. On a

@@ -33,14 +33,6 @@ bool isYearText(const std::string& nen)
     return true;
 }
 
-// A sum can pass the 32-bit range even when every entry fits; its decimal
-// text keeps all 64 bits. NULL (no entry in that month) reads as 0.
-int64_t columnSum(sqlite3_stmt* s, int column)
-{
-    const std::string text = columnText(s, column);
-    return text.empty() ? 0 : std::stoll(text);
-}
-
 void addInto(std::vector<int64_t>& total, const std::vector<std::vector<int64_t>>& rows)
 {
     for (const auto& row : rows)

@@ -26,6 +26,12 @@ TEST_F(AssetsTest, AssetsAreReadInTableOrderAndBalancesLeadTheStoredCopyUntilWri
     ASSERT_TRUE(dm.updateSisanZankinTable());
     EXPECT_EQ(dump("Sisan"), "Sisan:\n1|現金|10000|7000|\n2|銀行|0|-300|\n3|財布|5000|5000|\n");
 
+    // Recomputing every balance catches up with entries of assets not read yet.
+    addEntry(bank, "2024-02-01", 2, 0, 800);
+    ASSERT_TRUE(dm.recomputeAllSisanZankin());
+    EXPECT_EQ(dm.sisanList[1]->Zankin, 800);
+    EXPECT_EQ(dm.GrandTotalSisan, 12800);
+
     ASSERT_TRUE(dm.sisanDelete(bank));
     EXPECT_EQ(dm.getSisanNamaeFromNo(wallet), "現金");
     EXPECT_EQ(dm.getSisanNamaeFromNo(bank), "????");
