@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "app/AppDelegate.h"
+#include "app/QuitOnSignal.h"
 #include "app/ViewController.h"
 #include "store/DataModel.h"
 #include "store/Provisioning.h"
@@ -35,6 +36,7 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("Zenvora"));
     QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     installStoreMessageSink();
+    quitOnTerminationSignals();
 
     // A new user gets a starter book instead of a database error.
     std::string error;
