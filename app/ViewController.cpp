@@ -185,12 +185,12 @@ void ViewController::sisanKoumokuChanged(bool changed)
     // asset at theSisanNo and read its entries, so that the selection, the
     // name, the entries and the balance all belong to the same asset.
     if (DM.theSisanNo < 0 || DM.theSisanNo >= static_cast<int64_t>(DM.sisanList.size())) DM.theSisanNo = 0;
+    reloadSisanList();
     if (DM.sisanList.empty()) {
         ui->lblSisanmei->clear();
     } else {
         sisanSelected(static_cast<int>(DM.theSisanNo));
     }
-    reloadSisanList();
     refreshComboItems();
 }
 
