@@ -108,6 +108,8 @@ private:
     void reloadSisanList();
     static int selectedRow(const QTableView* table);
     const Sisan* selectedSisan() const;
+    // The selected asset, or none after saying that there is no asset.
+    const Sisan* selectedSisanOrSay();
 
     // Entry panel.
     void itemDataSinki();

@@ -92,12 +92,16 @@ void ViewController::setListsEnabled(bool enabled)
     ui->tblSisan->setEnabled(enabled);
 }
 
+const Sisan* ViewController::selectedSisanOrSay()
+{
+    const Sisan* sisan = selectedSisan();
+    if (!sisan) someMessageWithAlert(kNoSisan);
+    return sisan;
+}
+
 void ViewController::newItem()
 {
-    if (!selectedSisan()) {
-        someMessageWithAlert(kNoSisan);
-        return;
-    }
+    if (!selectedSisanOrSay()) return;
     openPanel(QStringLiteral("新規追加"), 1);
     ui->rdbSisyutu->setChecked(true);
     setComboItemData(kSyubetuSisyutu);
@@ -211,11 +215,8 @@ std::optional<int64_t> ViewController::selectedComboId()
 
 void ViewController::itemDataSinki()
 {
-    const Sisan* sisan = selectedSisan();
-    if (!sisan) {
-        someMessageWithAlert(kNoSisan);
-        return;
-    }
+    const Sisan* sisan = selectedSisanOrSay();
+    if (!sisan) return;
     const auto comboId = selectedComboId();
     if (!comboId) return;
     if (DM.theSyubetuNo > kSyubetuSyuunyuu && sisan->Id == *comboId) {
@@ -239,11 +240,8 @@ void ViewController::itemDataSinki()
 
 void ViewController::itemDataHensyuu()
 {
-    const Sisan* sisan = selectedSisan();
-    if (!sisan) {
-        someMessageWithAlert(kNoSisan);
-        return;
-    }
+    const Sisan* sisan = selectedSisanOrSay();
+    if (!sisan) return;
     const auto kingaku = validatedKingaku();
     if (!kingaku) return;
     const auto comboId = selectedComboId();
