@@ -23,23 +23,6 @@ protected:
         kyuuyo = addCategory(2, "給与") + 1;
     }
 
-    // The Items table as "date y m d asset kind category partner in out note".
-    Rows itemRows()
-    {
-        Rows rows;
-        for (const auto& line : split(dump("Items"))) rows.push_back(line.substr(line.find('|') + 1));
-        return rows;
-    }
-
-    static Rows split(const std::string& dumped)
-    {
-        Rows rows;
-        size_t start = dumped.find('\n') + 1;
-        for (size_t end; (end = dumped.find('\n', start)) != std::string::npos; start = end + 1)
-            rows.push_back(dumped.substr(start, end - start));
-        return rows;
-    }
-
     // The panel's state as "title|kind|combo|amount|note|list enabled".
     std::string panel()
     {
@@ -62,8 +45,9 @@ TEST_F(EntryEditorTest, ANewEntryIsStoredWithItsDateFieldsAndEveryListFollows)
     enterNew("rdbSisyutu", "食費/外食", " 1200 ", {2018, 12, 31}, "Mom's");
     enterNew("rdbSyuunyuu", "給与/その他", "0", {2019, 12, 30});
 
-    EXPECT_EQ(itemRows(), (Rows{"2018-12-31|2018|12|31|1|1|3|NULL|-1|NULL|1200|Mom's|",
-                                "2019-12-30|2019|12|30|1|2|5|NULL|-1|0|NULL||"}));
+    EXPECT_EQ(dump("Items"), "Items:\n"
+                             "1|2018-12-31|2018|12|31|1|1|3|NULL|-1|NULL|1200|Mom's|\n"
+                             "2|2019-12-30|2019|12|30|1|2|5|NULL|-1|0|NULL||\n");
     EXPECT_EQ(shown("tblItem"), (Rows{"2018-12-31|食費/外食||1,200|8,800", "2019-12-30|給与/その他|0||8,800"}));
     EXPECT_EQ(shown("tblSisan"), (Rows{"財布|8,800", "銀行|0"}));
     EXPECT_EQ(label("lblSisanSouGoukei"), "8,800");
