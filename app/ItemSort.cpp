@@ -3,6 +3,7 @@
 #include <QString>
 #include <algorithm>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace {
 
@@ -24,10 +25,9 @@ void sortBy(ItemList& list, bool ascending, Key key)
 void sortByText(ItemList& list, bool ascending)
 {
     std::unordered_map<std::string, std::string> composed;  // names that NFC changes
-    std::unordered_map<std::string, bool> seen;
+    std::unordered_set<std::string> seen;
     for (const auto& item : list) {
-        auto [it, added] = seen.try_emplace(item->strHimoku, false);
-        if (!added) continue;
+        if (!seen.insert(item->strHimoku).second) continue;
         const std::string nfc = QString::fromStdString(item->strHimoku).normalized(QString::NormalizationForm_C).toStdString();
         if (nfc != item->strHimoku) composed.emplace(item->strHimoku, nfc);
     }

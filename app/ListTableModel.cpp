@@ -1,8 +1,14 @@
 #include "app/ListTableModel.h"
 
-ListTableModel::ListTableModel(std::vector<Column> columns, QObject* parent)
-    : QAbstractTableModel(parent), columns(std::move(columns))
+ListTableModel::ListTableModel(std::function<int()> rows, std::vector<Column> columns,
+                               std::function<QString(int)> toolTip, QObject* parent)
+    : QAbstractTableModel(parent), rows(std::move(rows)), columns(std::move(columns)), toolTip(std::move(toolTip))
 {
+}
+
+int ListTableModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : rows();
 }
 
 int ListTableModel::columnCount(const QModelIndex& parent) const
@@ -10,17 +16,22 @@ int ListTableModel::columnCount(const QModelIndex& parent) const
     return parent.isValid() ? 0 : static_cast<int>(columns.size());
 }
 
+QVariant ListTableModel::alignment(int column) const
+{
+    const bool amount = columns[static_cast<size_t>(column)].amount;
+    return QVariant::fromValue(Qt::AlignVCenter | (amount ? Qt::AlignRight : Qt::AlignLeft));
+}
+
 QVariant ListTableModel::data(const QModelIndex& index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
-    const Column& column = columns[static_cast<size_t>(index.column())];
     switch (role) {
     case Qt::DisplayRole:
-        return text(index.row(), column.identifier);
+        return columns[static_cast<size_t>(index.column())].text(index.row());
     case Qt::TextAlignmentRole:
-        return QVariant::fromValue(Qt::AlignVCenter | (column.amount ? Qt::AlignRight : Qt::AlignLeft));
+        return alignment(index.column());
     case Qt::ToolTipRole: {
-        const QString tip = toolTip(index.row());
+        const QString tip = toolTip ? toolTip(index.row()) : QString();
         return tip.isEmpty() ? QVariant() : QVariant(tip);
     }
     default:
@@ -31,10 +42,8 @@ QVariant ListTableModel::data(const QModelIndex& index, int role) const
 QVariant ListTableModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (orientation != Qt::Horizontal || section < 0 || section >= columnCount()) return {};
-    const Column& column = columns[static_cast<size_t>(section)];
-    if (role == Qt::DisplayRole) return column.title;
-    if (role == Qt::TextAlignmentRole)
-        return QVariant::fromValue(Qt::AlignVCenter | (column.amount ? Qt::AlignRight : Qt::AlignLeft));
+    if (role == Qt::DisplayRole) return columns[static_cast<size_t>(section)].title;
+    if (role == Qt::TextAlignmentRole) return alignment(section);
     return {};
 }
 
@@ -54,6 +63,6 @@ void ListTableModel::reorder()
 {
     // The row count stays, so a change of every cell's data says it all and
     // spares the views the per-row work of a reset or a layout change.
-    const int rows = rowCount();
-    if (rows > 0) emit dataChanged(index(0, 0), index(rows - 1, columnCount() - 1));
+    const int count = rowCount();
+    if (count > 0) emit dataChanged(index(0, 0), index(count - 1, columnCount() - 1));
 }

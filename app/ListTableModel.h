@@ -1,23 +1,26 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <functional>
 #include <string>
 #include <vector>
 
-// A read-only table over one of the store's lists: the subclass says how
-// many rows the list has and what a cell shows; this class gives the columns
-// their identifiers, header titles and alignment. The list is never copied,
-// so a view costs only the rows it paints.
-class ListTableModel : public QAbstractTableModel {
+// A read-only table over one of the store's lists. It asks the list for its
+// row count and each column for a cell's text, so the list is never copied
+// and a view costs only the rows it paints.
+class ListTableModel final : public QAbstractTableModel {
 public:
     struct Column {
         const char* identifier;  // "Hizuke", "sisanZankin", ...
         QString title;
-        bool amount;  // right-aligned
+        bool amount;                       // right-aligned
+        std::function<QString(int)> text;  // the cell of a row
     };
 
-    explicit ListTableModel(std::vector<Column> columns, QObject* parent = nullptr);
+    ListTableModel(std::function<int()> rows, std::vector<Column> columns,
+                   std::function<QString(int)> toolTip = {}, QObject* parent = nullptr);
 
+    int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
@@ -30,11 +33,10 @@ public:
     // selection stays on its row number, as after a reload.
     void reorder();
 
-protected:
-    // The cell's text for the column with this identifier.
-    virtual QString text(int row, const std::string& identifier) const = 0;
-    virtual QString toolTip(int /*row*/) const { return {}; }
-
 private:
+    std::function<int()> rows;
     std::vector<Column> columns;
+    std::function<QString(int)> toolTip;
+
+    QVariant alignment(int column) const;
 };

@@ -8,8 +8,8 @@
 #include <QStringListModel>
 #include <iostream>
 
-#include "app/ItemTableModel.h"
-#include "app/SisanTableModel.h"
+#include "app/ListTableModel.h"
+#include "app/StoreTableModels.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
 #include "ui/Clock.h"
@@ -34,8 +34,8 @@ ViewController::~ViewController() = default;
 
 void ViewController::viewDidLoad()
 {
-    sisanModel = new SisanTableModel(DM, this);
-    itemModel = new ItemTableModel(DM, this);
+    sisanModel = makeSisanTableModel(DM, this);
+    itemModel = makeItemTableModel(DM, this);
     comboModel = new QStringListModel(this);
     ui->tblSisan->setModel(sisanModel);
     ui->tblItem->setModel(itemModel);
@@ -176,7 +176,6 @@ bool ViewController::prepare(const QString& identifier, ModalEditor* destination
 void ViewController::sisanKoumokuChanged(bool changed)
 {
     if (!changed) return;
-    tblItemReload();
     // The editors' re-read of the asset table brought back the stored
     // balances, and a deletion may have removed entries of any asset.
     DM.recomputeAllSisanZankin();
@@ -188,6 +187,7 @@ void ViewController::sisanKoumokuChanged(bool changed)
     reloadSisanList();
     if (DM.sisanList.empty()) {
         ui->lblSisanmei->clear();
+        tblItemReload();
     } else {
         sisanSelected(static_cast<int>(DM.theSisanNo));
     }

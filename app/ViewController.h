@@ -12,12 +12,11 @@
 #include "ui/ModalEditor.h"
 
 class DataModel;
-class ItemTableModel;
+class ListTableModel;
 class QAbstractButton;
 class QStringListModel;
 class QTableView;
 struct Sisan;
-class SisanTableModel;
 namespace Ui {
 class ViewController;
 }
@@ -80,8 +79,8 @@ public:
 
 private:
     std::unique_ptr<Ui::ViewController> ui;
-    SisanTableModel* sisanModel = nullptr;
-    ItemTableModel* itemModel = nullptr;
+    ListTableModel* sisanModel = nullptr;
+    ListTableModel* itemModel = nullptr;
     QStringListModel* comboModel = nullptr;
     std::map<QString, SegueDestination> segueDestinations;
 

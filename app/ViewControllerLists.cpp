@@ -4,8 +4,7 @@
 #include <QTableView>
 
 #include "app/ItemSort.h"
-#include "app/ItemTableModel.h"
-#include "app/SisanTableModel.h"
+#include "app/ListTableModel.h"
 #include "app/ViewController.h"
 #include "store/DataModel.h"
 #include "ui_ViewController.h"
