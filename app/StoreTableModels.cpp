@@ -1,6 +1,6 @@
 #include "app/StoreTableModels.h"
 
-#include "app/ListTableModel.h"
+#include "ui/ListTableModel.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
 

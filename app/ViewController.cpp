@@ -8,7 +8,7 @@
 #include <QStringListModel>
 #include <iostream>
 
-#include "app/ListTableModel.h"
+#include "ui/ListTableModel.h"
 #include "app/StoreTableModels.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"

@@ -4,7 +4,7 @@
 #include <QTableView>
 
 #include "app/ItemSort.h"
-#include "app/ListTableModel.h"
+#include "ui/ListTableModel.h"
 #include "app/ViewController.h"
 #include "store/DataModel.h"
 #include "ui_ViewController.h"

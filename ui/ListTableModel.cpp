@@ -1,4 +1,4 @@
-#include "app/ListTableModel.h"
+#include "ui/ListTableModel.h"
 
 ListTableModel::ListTableModel(std::function<int()> rows, std::vector<Column> columns,
                                std::function<QString(int)> toolTip, QObject* parent)
