@@ -10,6 +10,8 @@
 
 #include "ui/ListTableModel.h"
 #include "app/StoreTableModels.h"
+#include "editors/PrefsHimokuViewController.h"
+#include "editors/PrefsSisanViewController.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
 #include "ui/Clock.h"
@@ -120,8 +122,9 @@ void ViewController::wireActions()
 
     connect(ui->mnuShowPrefsSisan, &QAction::triggered, this, &ViewController::mnuShowPrefsSisan);
     connect(ui->mnuShowPrefsHimoku, &QAction::triggered, this, &ViewController::mnuShowPrefsHimoku);
-    ui->mnuShowPrefsSisan->setEnabled(false);
-    ui->mnuShowPrefsHimoku->setEnabled(false);
+    setSegueDestination(kSeguePrefsSisan, [this](QWidget* parent) { return new PrefsSisanViewController(DM, parent); });
+    setSegueDestination(kSeguePrefsHimoku,
+                        [this](QWidget* parent) { return new PrefsHimokuViewController(DM, parent); });
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
 }
 

@@ -40,7 +40,8 @@ public:
     DataModel& DM;
 
     // Where each transition leads: a factory of the modal editor to show.
-    // An editor menu action stays disabled while its transition has none.
+    // The window starts with the asset and category editors; an editor menu
+    // action is disabled while its transition has none.
     using SegueDestination = std::function<ModalEditor*(QWidget* parent)>;
     void setSegueDestination(const QString& identifier, SegueDestination destination);
 
