@@ -2,6 +2,7 @@
 
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QItemSelectionModel>
 #include <QKeySequence>
 #include <QPushButton>
 #include <QScrollBar>
@@ -45,6 +46,12 @@ void fitButtonsTo(std::initializer_list<QPushButton*> buttons, std::initializer_
         for (const QString& title : titles) widest = std::max(widest, button->fontMetrics().horizontalAdvance(title));
         button->setMinimumWidth(widest + 32);  // the style's bevel and padding
     }
+}
+
+int selectedRow(const QTableView* table)
+{
+    const QModelIndexList rows = table->selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : rows.front().row();
 }
 
 void bindBoxKeys(QGroupBox* box, std::function<void()> execute, std::function<void()> cancel)

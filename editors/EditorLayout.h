@@ -27,6 +27,9 @@ void fitNameColumn(QTableView* table, int otherColumns, const std::vector<QStrin
 // Makes each button wide enough for the longest of the titles it may get.
 void fitButtonsTo(std::initializer_list<QPushButton*> buttons, std::initializer_list<QString> titles);
 
+// The selected row of a single-selection table, or -1.
+int selectedRow(const QTableView* table);
+
 // Enter anywhere in the box runs `execute`, Escape runs `cancel` (the box's
 // own cancel, never the editor's close).
 void bindBoxKeys(QGroupBox* box, std::function<void()> execute, std::function<void()> cancel);

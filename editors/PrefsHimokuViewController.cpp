@@ -1,7 +1,6 @@
 #include "editors/PrefsHimokuViewController.h"
 
 #include <QHeaderView>
-#include <QItemSelectionModel>
 #include <QKeySequence>
 #include <QShortcut>
 #include <algorithm>
@@ -178,8 +177,7 @@ void PrefsHimokuViewController::prepareBox(SyoriNo syoriNo)
 
 const Himoku* PrefsHimokuViewController::selectedHimokuOrSay(const QString& unselected)
 {
-    const QModelIndexList rows = ui->tblHimokuKoumoku->selectionModel()->selectedRows();
-    const int row = rows.isEmpty() ? -1 : rows.front().row();
+    const int row = selectedRow(ui->tblHimokuKoumoku);
     if (row < 0 || row >= static_cast<int>(DM.himokuList.size())) {
         say(unselected);
         return nullptr;

@@ -160,8 +160,7 @@ std::optional<int64_t> PrefsSisanViewController::validatedKingaku()
 
 const Sisan* PrefsSisanViewController::selectedSisanOrSay(const QString& unselected)
 {
-    const QModelIndexList rows = ui->tblSisanKoumoku->selectionModel()->selectedRows();
-    const int row = rows.isEmpty() ? -1 : rows.front().row();
+    const int row = selectedRow(ui->tblSisanKoumoku);
     if (row < 0 || row >= static_cast<int>(DM.sisanList.size())) {
         messageService().someMessageWithAlert(unselected, QStringLiteral("information"));
         return nullptr;
