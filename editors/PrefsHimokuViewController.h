@@ -76,6 +76,7 @@ private:
     void viewDidLoad();
     void layOutColumns();
     void wireActions();
+    // Shows himokuList afresh, the table wide enough for the longest name.
     void reloadTable();
     // Sets the operation, titles the box and its buttons, enables the inputs
     // the operation uses and shows the box.

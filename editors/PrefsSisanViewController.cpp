@@ -66,25 +66,20 @@ void PrefsSisanViewController::layOutColumns()
     header->setSectionResizeMode(1, QHeaderView::Fixed);
     header->resizeSection(1, amount);
     setRowHeights(table);
-    fitNameColumn();
     // The box's buttons carry the longest titles the actions give them.
     fitButtonsTo({ui->btnSisanKoumokuOKTitle, ui->btnSisanKoumokuCancelTitle},
                  {QStringLiteral("この新規追加の実行"), QStringLiteral("この編集更新の実行"),
                   QStringLiteral("この新規追加取消"), QStringLiteral("この編集更新取消")});
-}
-
-void PrefsSisanViewController::fitNameColumn()
-{
-    std::vector<QString> names;
-    names.reserve(DM.sisanList.size());
-    for (const auto& sisan : DM.sisanList) names.push_back(q(sisan->Namae));
-    ::fitNameColumn(ui->tblSisanKoumoku, ui->tblSisanKoumoku->horizontalHeader()->sectionSize(1), names);
+    reloadTable();
 }
 
 void PrefsSisanViewController::reloadTable()
 {
     model->reload();
-    fitNameColumn();
+    std::vector<QString> names;
+    names.reserve(DM.sisanList.size());
+    for (const auto& sisan : DM.sisanList) names.push_back(q(sisan->Namae));
+    fitNameColumn(ui->tblSisanKoumoku, ui->tblSisanKoumoku->horizontalHeader()->sectionSize(1), names);
 }
 
 void PrefsSisanViewController::wireActions()

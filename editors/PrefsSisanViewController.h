@@ -58,8 +58,7 @@ private:
 
     void viewDidLoad();
     void layOutColumns();
-    // Widens the table for the longest asset name.
-    void fitNameColumn();
+    // Shows sisanList afresh, the table wide enough for the longest name.
     void reloadTable();
     void wireActions();
     // Shows the box for the action with its three titles.
