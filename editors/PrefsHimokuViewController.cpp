@@ -263,7 +263,7 @@ void PrefsHimokuViewController::btnHimokuSakujyo()
 
 void PrefsHimokuViewController::btnHimokuKoumokuCancel()
 {
-    ui->himokuKoumokuBox->hide();
+    hideBox();
 }
 
 void PrefsHimokuViewController::btnHimokuKoumokuOk()
@@ -276,7 +276,7 @@ void PrefsHimokuViewController::btnHimokuKoumokuOk()
     if (!execute(syubetu)) return;
     reloadTable();
     himokuKoumokuChangedSw = true;
-    ui->himokuKoumokuBox->hide();
+    hideBox();
 }
 
 bool PrefsHimokuViewController::execute(int64_t syubetu)
@@ -365,4 +365,10 @@ bool PrefsHimokuViewController::askDelete(const QString& question)
 void PrefsHimokuViewController::say(const QString& message)
 {
     messageService().someMessageWithAlert(message, QStringLiteral("information"));
+}
+
+void PrefsHimokuViewController::hideBox()
+{
+    ui->himokuKoumokuBox->hide();
+    ui->tblHimokuKoumoku->setFocus();  // the keyboard goes on from the list
 }

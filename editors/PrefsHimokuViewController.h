@@ -78,6 +78,7 @@ private:
     void wireActions();
     // Shows himokuList afresh, the table wide enough for the longest name.
     void reloadTable();
+    void hideBox();
     // Sets the operation, titles the box and its buttons, enables the inputs
     // the operation uses and shows the box.
     void prepareBox(SyoriNo syoriNo);

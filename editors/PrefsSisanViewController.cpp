@@ -184,7 +184,7 @@ void PrefsSisanViewController::btnSisanKoumokuOK()
     if (!done) return;
     sisanKoumokuChangedSw = true;
     reloadTable();
-    ui->sisanKoumokuBox->hide();
+    hideBox();
 }
 
 bool PrefsSisanViewController::executeTuika(int64_t kingaku)
@@ -215,7 +215,7 @@ bool PrefsSisanViewController::executeSakujyo()
     if (!messageService().yesNoMessageWithAlert(
             QStringLiteral("この資産での支出／収入のデータも削除されます。\n 削除してもいいですか？"),
             QStringLiteral("削除する"), QStringLiteral("しない"))) {
-        ui->sisanKoumokuBox->hide();
+        hideBox();
         return false;
     }
     // Entries, the partner rows of its transfers and the asset go together.
@@ -229,7 +229,7 @@ void PrefsSisanViewController::btnSisanKoumokuCancel()
 {
     sisanKoumokuSyoriNo = kNone;
     deselect();
-    ui->sisanKoumokuBox->hide();
+    hideBox();
 }
 
 void PrefsSisanViewController::deselect()
@@ -245,4 +245,10 @@ void PrefsSisanViewController::btnSisanModalClose()
 void PrefsSisanViewController::viewWillDisappear()
 {
     if (delegate) delegate->sisanKoumokuChanged(sisanKoumokuChangedSw);
+}
+
+void PrefsSisanViewController::hideBox()
+{
+    ui->sisanKoumokuBox->hide();
+    ui->tblSisanKoumoku->setFocus();  // the keyboard goes on from the list
 }

@@ -60,6 +60,7 @@ private:
     void layOutColumns();
     // Shows sisanList afresh, the table wide enough for the longest name.
     void reloadTable();
+    void hideBox();
     void wireActions();
     // Shows the box for the action with its three titles.
     void prepareBox(SyoriNo syoriNo, const QString& title, const QString& ok, const QString& cancel);
