@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "editors/EditorLayout.h"
+#include "editors/EditorWidgets.h"
 #include "editors/UtiwakeNamae.h"
 #include "store/DataModel.h"
 #include "store/FindById.h"

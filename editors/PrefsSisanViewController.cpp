@@ -5,7 +5,7 @@
 #include <QKeySequence>
 #include <QShortcut>
 
-#include "editors/EditorLayout.h"
+#include "editors/EditorWidgets.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
 #include "ui/ListTableModel.h"

@@ -10,7 +10,7 @@ class QPushButton;
 class QTableView;
 class QWidget;
 
-// Layout and keyboard habits the two editors share.
+// Table, box and keyboard habits the two editors share.
 
 // A hidden widget keeps its place, so showing and hiding the editing box
 // does not make the table jump.

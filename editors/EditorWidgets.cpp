@@ -1,4 +1,4 @@
-#include "editors/EditorLayout.h"
+#include "editors/EditorWidgets.h"
 
 #include <QGroupBox>
 #include <QHeaderView>
