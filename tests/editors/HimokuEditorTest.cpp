@@ -6,8 +6,8 @@
 
 namespace {
 
-// 食費 (1) with その他 (2) and 外食 (3), 給与 (4) with その他 (5); S has an
-// expense under each 食費 sub-item and an income, T an expense under 外食.
+// 食費 (1) with その他 (2) and 外食 (3), 給与 (4) with その他 (5); S and T
+// each have an expense under 外食 and an income, S also one under その他.
 class HimokuEditorTest : public EditorFixture<PrefsHimokuViewController> {
 protected:
     void SetUp() override
@@ -21,6 +21,7 @@ protected:
         addEntry(s, "2024-01-02", 1, 3, 200);
         addEntry(s, "2024-01-03", 2, 5, 1000);
         addEntry(t, "2024-01-02", 1, 3, 50);
+        addEntry(t, "2024-01-04", 2, 5, 30);
     }
 
     // Title, buttons, enabled inputs (kind, category, sub-item), then the
