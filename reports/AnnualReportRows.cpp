@@ -25,7 +25,6 @@ AnnualReportRows annualReportRows(const DataModel& dm)
     AnnualReportRows rows;
     const auto& totalNames = dm.annualTotalNameList;
     const auto& totals = dm.annualTotalDataList;
-    rows.complete = totalNames.size() >= 3 && totals.size() >= 3;
     rows.incomeRows = appendPairs(rows, dm.annualInNameList, dm.annualInDataList);
     appendPairs(rows, totalNames, totals, 0, 1);
     rows.expenseRows = appendPairs(rows, dm.annualOutNameList, dm.annualOutDataList);

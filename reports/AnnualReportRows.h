@@ -15,9 +15,6 @@ struct AnnualReportRows {
     std::vector<std::vector<int64_t>> data;  // 13 cells: months 1 to 12, the year
     int incomeRows = 0;                      // rows before the income total
     int expenseRows = 0;                     // rows between the two totals
-
-    // True when the three summary rows are there (a year has been computed).
-    bool complete = false;
 };
 
 AnnualReportRows annualReportRows(const DataModel& dm);
