@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 #include <QScrollBar>
+#include <QSignalBlocker>
 #include <algorithm>
 
 #include "reports/AnnualReportPDFPage.h"
@@ -135,6 +136,8 @@ void AnnualReportViewController::viewWillAppear()
     if (firstApper) return;
     firstApper = true;
     if (DM.readYearsFromItemsTable()) {
+        // The combo box would pick the first year by itself: start with none.
+        const QSignalBlocker quiet(ui->cmbYears);
         yearsModel->reload();
         ui->cmbYears->setCurrentIndex(-1);
         return;
