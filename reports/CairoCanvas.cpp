@@ -40,6 +40,7 @@ const CairoCanvas::SizedLayout& CairoCanvas::layoutFor(const PageFont& font)
     pango_layout_get_extents(layout, nullptr, &logical);
     sized.baseline = static_cast<double>(pango_layout_get_baseline(layout)) / PANGO_SCALE;
     sized.lineHeight = static_cast<double>(logical.height) / PANGO_SCALE;
+    sized.amounts = AmountGlyphs::shape(layout);
     return sized;
 }
 
@@ -48,13 +49,16 @@ void CairoCanvas::drawText(const std::string& text, const PageRect& rect, const 
 {
     if (text.empty()) return;
     const SizedLayout& sized = layoutFor(font);
+    cairo_set_source_rgb(cr, 0, 0, 0);
+    const double top = pageHeight - (rect.y + rect.h);
+    if (rightEdge && sized.amounts && sized.lineHeight <= rect.h &&
+        sized.amounts->draw(cr, text, *rightEdge, top + sized.baseline))
+        return;
     PangoLayout* layout = sized.layout;
     // An amount is a field of a few characters made to fit its column: it
     // stays on one line, where a wrap would put its last digit under it.
     pango_layout_set_width(layout, rightEdge ? -1 : static_cast<int>(rect.w * PANGO_SCALE));
     pango_layout_set_text(layout, text.data(), static_cast<int>(text.size()));
-    cairo_set_source_rgb(cr, 0, 0, 0);
-    const double top = pageHeight - (rect.y + rect.h);
     const int lines = pango_layout_get_line_count(layout);
     for (int i = 0; i < lines && (i + 1) * sized.lineHeight <= rect.h; ++i) {
         PangoLayoutLine* line = pango_layout_get_line_readonly(layout, i);

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
+#include "reports/AmountGlyphs.h"
 #include "reports/PageCanvas.h"
 
 typedef struct _cairo cairo_t;
@@ -36,6 +38,7 @@ private:
         PangoLayout* layout = nullptr;
         double baseline = 0;
         double lineHeight = 0;
+        std::unique_ptr<AmountGlyphs> amounts;  // null: amounts take the general path
     };
     std::map<double, SizedLayout> layouts;
 
