@@ -2,25 +2,17 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "reports/AnnualReportRows.h"
 #include "reports/AtomicFile.h"
 #include "reports/ReportCsv.h"
+#include "tests/reports/ReportExamples.h"
 #include "tests/store/StoreFixture.h"
 
 namespace {
 
 const std::string kStamp = "2019年01月15日";
 const std::string kAnnualHeading = "名 称 ,1月,2月,3月,4月,5月,6月,7月,8月,9月,10月,11月,12月, 金　額 \n";
-
-std::string contentOf(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream out;
-    out << in.rdbuf();
-    return out.str();
-}
 
 class ReportCsvTest : public StoreFixture {
 protected:
@@ -39,11 +31,7 @@ TEST_F(ReportCsvTest, TheAnnualExampleComesOutByteForByte)
     const int64_t asset = addSisan("現金", 0, 0);
     const int64_t kyuuyo = addCategory(2, "給与");
     addEntry(asset, "2019-01-25", 2, kyuuyo + 1, 300000);
-    EXPECT_EQ(annualCsv("2019"), "2019 年度 ,\u30002019年01月15日\n" + kAnnualHeading +
-                                     "給与/その他,300000,0,0,0,0,0,0,0,0,0,0,0,300000 \n"
-                                     "収　入　計,300000,0,0,0,0,0,0,0,0,0,0,0,300000 \n"
-                                     "支　出　計,0,0,0,0,0,0,0,0,0,0,0,0,0 \n"
-                                     "差　引　合　計,300000,0,0,0,0,0,0,0,0,0,0,0,300000 \n");
+    EXPECT_EQ(annualCsv("2019"), kAnnualExample);
 }
 
 TEST_F(ReportCsvTest, NegativeCellsArePlainAndALabelWithACommaIsNotQuoted)
@@ -66,11 +54,7 @@ TEST_F(ReportCsvTest, TheAssetExampleAndAnEmptyBookComeOutByteForByte)
     EXPECT_EQ(sisanReportCsv(open(), kStamp), "資産レポート ,\u30002019年01月15日\n名 称 , 金　額 \n合計 , 0 \n");
     addSisan("現金", 0, 12000);
     addSisan("普通預金", 0, -3000);
-    EXPECT_EQ(sisanReportCsv(open(), kStamp), "資産レポート ,\u30002019年01月15日\n"
-                                              "名 称 , 金　額 \n"
-                                              "現金,12000 \n"
-                                              "普通預金,-3000 \n"
-                                              "合計 , 9000 \n");
+    EXPECT_EQ(sisanReportCsv(open(), kStamp), kSisanExample);
 }
 
 TEST_F(ReportCsvTest, AnAtomicWriteReplacesAFileOrLeavesEverythingAsItWas)

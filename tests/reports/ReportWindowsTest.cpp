@@ -13,23 +13,15 @@
 #include <deque>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "reports/AnnualReportViewController.h"
 #include "reports/SisanReportViewController.h"
 #include "tests/app/AppFixture.h"
+#include "tests/reports/ReportExamples.h"
 #include "ui/Clock.h"
 #include "ui/SaveFileService.h"
 
 namespace {
-
-std::string contentOf(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream out;
-    out << in.rdbuf();
-    return out.str();
-}
 
 // Standard output of a poppler tool run on a file.
 QString poppler(const char* tool, const std::string& file, QStringList arguments = {})
@@ -133,13 +125,6 @@ private:
     }
 };
 
-const char* const kAnnualExample = "2019 年度 ,\u30002019年01月15日\n"
-                                   "名 称 ,1月,2月,3月,4月,5月,6月,7月,8月,9月,10月,11月,12月, 金　額 \n"
-                                   "給与/その他,300000,0,0,0,0,0,0,0,0,0,0,0,300000 \n"
-                                   "収　入　計,300000,0,0,0,0,0,0,0,0,0,0,0,300000 \n"
-                                   "支　出　計,0,0,0,0,0,0,0,0,0,0,0,0,0 \n"
-                                   "差　引　合　計,300000,0,0,0,0,0,0,0,0,0,0,0,300000 \n";
-
 }  // namespace
 
 TEST_F(ReportWindowsTest, TheAnnualReportShowsAPickedYearAndWritesItAsCsvAndPdf)
@@ -237,11 +222,7 @@ TEST_F(ReportWindowsTest, TheAssetReportShowsTheBalancesAndWritesThemAsCsvAndPdf
     EXPECT_EQ(in<QLabel>(window, "lblTotal")->text(), "9,000");
 
     press(window, "btnSisanCSV", "sisan.CSV");  // an offered extension stays
-    EXPECT_EQ(contentOf(dir + "/sisan.CSV"), "資産レポート ,\u30002019年01月15日\n"
-                                             "名 称 , 金　額 \n"
-                                             "現金,12000 \n"
-                                             "普通預金,-3000 \n"
-                                             "合計 , 9000 \n");
+    EXPECT_EQ(contentOf(dir + "/sisan.CSV"), kSisanExample);
     press(window, "btnSisanPDF", "sisan.pdf");
     expectPdf(dir + "/sisan.pdf", "590 x 840 pts", 1, {"現金", "12,000", "普通預金", "-3,000", "合", "9,000"});
 
