@@ -26,7 +26,8 @@ std::string stamp()
     return "2024年12月31日";
 }
 
-// 150 income and 150 expense sub-items, 30 categories, amounts of every width.
+// 150 income and 150 expense sub-items in 30 categories, with month totals
+// that still fit the 10-character amount field.
 void fillYear(DataModel& dm)
 {
     dm.annualInNameList.clear();
@@ -37,7 +38,7 @@ void fillYear(DataModel& dm)
     for (int i = 0; i < kSubItems; ++i) {
         const bool income = i % 2 == 0;
         std::vector<int64_t> row(13, 0);
-        for (int m = 0; m < 12; ++m) row[static_cast<size_t>(m)] = (i * 7919 + m * 104729) % (income ? 900000 : 90000);
+        for (int m = 0; m < 12; ++m) row[static_cast<size_t>(m)] = (i * 7919 + m * 104729) % (income ? 60000 : 30000);
         for (int m = 0; m < 12; ++m) row[12] += row[static_cast<size_t>(m)];
         const std::string name = (income ? "収入費目" : "食費・日用品") + std::to_string(i / 10) + "/内訳" + std::to_string(i);
         (income ? dm.annualInNameList : dm.annualOutNameList).push_back(name);

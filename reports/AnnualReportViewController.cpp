@@ -60,7 +60,6 @@ void AnnualReportViewController::viewDidLoad()
         {{"year", {}, false, [this](int r) { return QString::fromStdString(DM.yearsList[static_cast<size_t>(r)]); }}},
         {}, this);
     ui->cmbYears->setModel(yearsModel);
-    ui->cmbYears->setCurrentIndex(-1);
     const auto views = tables();
     for (size_t t = 0; t < views.size(); ++t) {
         tableModels[t] = makeTableModel(views[t]->property("tag").toInt());

@@ -51,6 +51,7 @@ private:
     std::unique_ptr<Ui::AnnualReportViewController> ui;
     ListTableModel* yearsModel = nullptr;
     std::array<ListTableModel*, 3> tableModels{};
+    bool yearComputed = false;  // the tables show the picked year's figures
 
     void viewDidLoad();
     ListTableModel* makeTableModel(int tag);
@@ -60,5 +61,4 @@ private:
     void fitLabelColumns();
     // The year whose figures the tables show, when one is picked and computed.
     std::optional<std::string> exportableYear() const;
-    bool yearComputed = false;
 };
