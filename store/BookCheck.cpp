@@ -81,21 +81,31 @@ uint32_t bigEndian(const unsigned char* bytes, int count)
     return value;
 }
 
-// The header promises a page size and, when its two change counters agree,
-// a page count: a file shorter than that was cut short.
-std::optional<BookCheck> checkHeader(const std::string& path, uint64_t fileSize)
+using Header = std::array<unsigned char, 100>;
+
+std::optional<Header> readHeader(const std::string& path)
 {
-    std::array<unsigned char, 100> header{};
+    Header header{};
     std::ifstream in(path, std::ios::binary);
     if (!in.read(reinterpret_cast<char*>(header.data()), header.size()) ||
         std::memcmp(header.data(), "SQLite format 3", 16) != 0)
-        return verdict(BookVerdict::Damaged, "not a SQLite database");
-    uint32_t pageSize = bigEndian(&header[16], 2);
+        return std::nullopt;
+    return header;
+}
+
+// The header promises a page size and, when its two change counters agree,
+// a page count: a file shorter than that was cut short.
+std::optional<BookCheck> checkPageCount(const std::string& path, uint64_t fileSize)
+{
+    const auto header = readHeader(path);
+    if (!header) return verdict(BookVerdict::Damaged, "not a SQLite database");
+    const Header& h = *header;
+    uint32_t pageSize = bigEndian(&h[16], 2);
     if (pageSize == 1) pageSize = 65536;
     if (pageSize < 512 || pageSize > 65536 || (pageSize & (pageSize - 1)) != 0)
         return verdict(BookVerdict::Damaged, "invalid page size");
-    const uint32_t pageCount = bigEndian(&header[28], 4);
-    const bool countValid = pageCount != 0 && bigEndian(&header[24], 4) == bigEndian(&header[92], 4);
+    const uint32_t pageCount = bigEndian(&h[28], 4);
+    const bool countValid = pageCount != 0 && bigEndian(&h[24], 4) == bigEndian(&h[92], 4);
     const uint64_t expected = countValid ? uint64_t{pageCount} * pageSize : 0;
     if (fileSize < expected || fileSize % pageSize != 0)
         return verdict(BookVerdict::Damaged, "file holds " + std::to_string(fileSize) + " bytes, header promises " +
@@ -147,16 +157,19 @@ std::optional<BookCheck> tryWriteLock(sqlite3* db)
 
 BookCheck checkDatabase(const std::string& path, uint64_t fileSize)
 {
+    // A file without SQLite's signature is never handed to SQLite, which
+    // would treat a journal beside it as its own and reset it.
+    if (!readHeader(path)) return verdict(BookVerdict::Damaged, "not a SQLite database");
     Connection c;
     int rc = sqlite3_open_v2(path.c_str(), &c.db, SQLITE_OPEN_READWRITE, nullptr);
     if (rc != SQLITE_OK) return fromSqlite(rc, c.db);
     sqlite3_busy_timeout(c.db, kBusyWaitMs);
-    // SQLite's own reads come first: they recover a hot journal before the
-    // header is looked at, and tell a foreign file and a lock apart.
+    // SQLite's own reads come before the page count: they recover a hot
+    // journal left by a crash, and tell damage and a lock apart.
     std::vector<std::vector<std::string>> found(std::size(kLayouts));
     for (size_t t = 0; t < std::size(kLayouts); ++t)
         if (auto failure = readColumns(c.db, kLayouts[t].table, found[t])) return *failure;
-    if (auto damage = checkHeader(path, fileSize)) return *damage;
+    if (auto damage = checkPageCount(path, fileSize)) return *damage;
     for (size_t t = 0; t < std::size(kLayouts); ++t)
         if (auto wrong = compareLayout(kLayouts[t], found[t])) return *wrong;
     if (auto locked = tryWriteLock(c.db)) return *locked;

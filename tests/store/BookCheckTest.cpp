@@ -74,8 +74,8 @@ TEST_F(BookCheckTest, ForeignCutShortAndReshapedBooksAreRefusedUntouched)
         };
     };
     const std::vector<Case> cases{
-        {"random bytes", [&] { write(noise); }, BookVerdict::Damaged, "file is not a database"},
-        {"a text file", [&] { write("家計簿\n"); }, BookVerdict::Damaged, "file is not a database"},
+        {"random bytes", [&] { write(noise); }, BookVerdict::Damaged, "not a SQLite database"},
+        {"a text file", [&] { write("家計簿\n"); }, BookVerdict::Damaged, "not a SQLite database"},
         {"cut short", [&] { write(book.substr(0, book.size() / 2)); }, BookVerdict::Damaged, ""},
         {"a missing column",
          reshaped("ALTER TABLE Sisan RENAME TO Old; CREATE TABLE Sisan (Id INTEGER PRIMARY KEY, Namae TEXT, "
