@@ -197,11 +197,10 @@ void ViewController::btnItemDataCancel()
 void ViewController::closePanel()
 {
     // A pop-up is a window of its own: hiding the panel would leave it open.
-    while (QWidget* popup = QApplication::activePopupWidget()) {
+    if (QWidget* popup = QApplication::activePopupWidget()) {
         QWidget* owner = popup;
         while (owner && owner != ui->itemData) owner = owner->parentWidget();
-        if (!owner) break;
-        popup->close();
+        if (owner) popup->close();
     }
     ui->itemData->hide();
     edited.reset();

@@ -1,6 +1,7 @@
 // Zenvora: a household account book.
 #include <QApplication>
 #include <QSessionManager>
+#include <QTimer>
 #include <cstdio>
 #include <cstdlib>
 
@@ -15,6 +16,8 @@
 #include "ui/MessageService.h"
 
 namespace {
+
+constexpr int kBackupDelayMs = 1000;
 
 bool hasDisplay()
 {
@@ -72,7 +75,9 @@ int main(int argc, char** argv)
     instance.listen([&window] { bringToFront(window); });
     window.show();
     delegate.applicationDidFinishLaunching();
+    // The copy of a large book takes a few hundred milliseconds on its own
+    // thread: it starts once the first paint is surely done, not competing with it.
     DailyBackup backup(book, resourceDirectory() + "/backups");
-    backup.start();
+    QTimer::singleShot(kBackupDelayMs, &backup, &DailyBackup::start);
     return QApplication::exec();
 }
