@@ -52,8 +52,9 @@ QString SingleInstance::serverName(const std::string& bookPath)
     return QStringLiteral("zenvora-%1-%2").arg(::getuid()).arg(QString::fromLatin1(hash.left(24)));
 }
 
-bool SingleInstance::askRunningToRaise(int timeoutMs) const
+bool SingleInstance::askRunningToRaise(const std::string& bookPath, int timeoutMs)
 {
+    const QString name = serverName(bookPath);
     // The running program listens once its window exists: a start in the
     // moment before that tries again until the deadline.
     QDeadlineTimer deadline(timeoutMs);

@@ -21,11 +21,11 @@ public:
     ~SingleInstance() override;
 
     // True when another program holds the book's lock.
-    bool runningElsewhere() const { return lockFd < 0 && heldElsewhere; }
+    bool runningElsewhere() const { return heldElsewhere; }
 
-    // Asks the running program to show its window; true once it has
-    // answered. Waits at most timeoutMs.
-    bool askRunningToRaise(int timeoutMs = 5000) const;
+    // Asks the program running on the book to show its window; true once
+    // it has answered. Waits at most timeoutMs.
+    static bool askRunningToRaise(const std::string& bookPath, int timeoutMs = 5000);
 
     // Calls raise on the event loop whenever a later start asks for it.
     // Only the holder of the lock listens.

@@ -55,7 +55,7 @@ int main(int argc, char** argv)
     const std::string book = resourceDirectory() + "/Zenvora.sql";
     SingleInstance instance(book);
     if (instance.runningElsewhere()) {
-        if (instance.askRunningToRaise()) return 0;
+        if (SingleInstance::askRunningToRaise(book)) return 0;
         sayBookAlreadyOpen(book);
         return 1;
     }

@@ -3,11 +3,9 @@
 #include <QSignalSpy>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "app/BookGate.h"
 #include "app/DailyBackup.h"
-#include "app/SingleInstance.h"
 #include "tests/app/AppFixture.h"
 
 namespace fs = std::filesystem;
@@ -16,81 +14,59 @@ namespace {
 
 class BookGateTest : public AppFixture {
 protected:
-    static std::string bytesOf(const std::string& file)
+    static bool named(const std::string& text, const std::string& file)
+    {
+        return QString::fromStdString(text).contains(QString::fromStdString(file));
+    }
+    static std::string contentOf(const std::string& file)
     {
         std::ifstream in(file, std::ios::binary);
         return {std::istreambuf_iterator<char>(in), {}};
-    }
-    void write(const std::string& content)
-    {
-        sqlite3_close(side);
-        side = nullptr;
-        std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
-    }
-    // Reopens the side connection on the book now at path.
-    void reopenSide()
-    {
-        sqlite3_close(side);
-        ASSERT_EQ(sqlite3_open(path.c_str(), &side), SQLITE_OK);
     }
 };
 
 TEST_F(BookGateTest, ARefusedBookIsNamedAndLeftByteForByte)
 {
-    // A foreign layout: the missing index shows that provisioning stayed away.
+    // A foreign layout; the dropped index shows that provisioning stayed away.
     exec("DROP INDEX Items_HimokuNo; ALTER TABLE Sisan ADD COLUMN Memo TEXT");
-    const std::string foreign = bytesOf(path);
+    const std::string foreign = bookBytes();
     EXPECT_FALSE(prepareBookForStart(path));
     ASSERT_EQ(messages.size(), 1u);
-    EXPECT_TRUE(QString::fromStdString(messages[0].first).contains(QString::fromStdString(path)));
-    EXPECT_NE(messages[0].first.find("家計簿の形式ではない"), std::string::npos);
-    EXPECT_EQ(bytesOf(path), foreign);
+    EXPECT_TRUE(named(messages[0].first, path));
+    EXPECT_EQ(bookBytes(), foreign);
 
     // A damaged book, and the user declines a new one.
-    write("not a book at all, just words");
+    writeBook("not a book at all");
     answers = {false};
     EXPECT_FALSE(prepareBookForStart(path));
     ASSERT_EQ(questions.size(), 1u);
-    EXPECT_TRUE(QString::fromStdString(questions[0]).contains(QString::fromStdString(path)));
-    EXPECT_TRUE(QString::fromStdString(questions[0]).endsWith("|新しい家計簿を始める|終了する"));
-    EXPECT_EQ(bytesOf(path), "not a book at all, just words");
+    EXPECT_TRUE(named(questions[0], path));
+    EXPECT_TRUE(questions[0].ends_with("|新しい家計簿を始める|終了する"));
+    EXPECT_EQ(bookBytes(), "not a book at all");
     EXPECT_EQ(std::distance(fs::directory_iterator(dir), fs::directory_iterator()), 1);
 }
 
-TEST_F(BookGateTest, ANewBookReplacesADamagedOneWhichIsKeptRenamedWithItsJournal)
+TEST_F(BookGateTest, ANewBookReplacesADamagedOneWhichIsKeptWithItsJournal)
 {
-    write("damaged");
-    std::ofstream(path + "-journal") << "stale journal";
+    writeBook("damaged");
+    std::ofstream(path + "-journal") << "journal";
     answers = {true};
     ASSERT_TRUE(prepareBookForStart(path));
-
     const std::string kept = path + ".damaged-20261123-100000";
-    EXPECT_TRUE(QString::fromStdString(questions.at(0)).contains(QString::fromStdString(kept)));
-    EXPECT_EQ(bytesOf(kept), "damaged");
-    EXPECT_EQ(bytesOf(kept + "-journal"), "stale journal");
+    EXPECT_TRUE(named(questions.at(0), kept));
+    EXPECT_EQ(contentOf(kept) + "+" + contentOf(kept + "-journal"), "damaged+journal");
     EXPECT_FALSE(fs::exists(path + "-journal"));
-    reopenSide();
-    EXPECT_EQ(dump("Sisan"), "Sisan:\n1|現金|0|0|\n");
-    EXPECT_TRUE(messages.empty());
 
-    // An empty file is provisioned the same way, without a question.
-    write("");
+    ASSERT_EQ(sqlite3_open(path.c_str(), &side), SQLITE_OK);
+    EXPECT_EQ(dump("Sisan"), "Sisan:\n1|現金|0|0|\n");
+
+    // An empty book is provisioned without a question, like a missing one.
+    writeBook("");
     ASSERT_TRUE(prepareBookForStart(path));
-    reopenSide();
+    ASSERT_EQ(sqlite3_open(path.c_str(), &side), SQLITE_OK);
     EXPECT_EQ(dump("Sisan"), "Sisan:\n1|現金|0|0|\n");
     EXPECT_EQ(questions.size(), 1u);
-}
-
-TEST_F(BookGateTest, AHeldBookLockMeansRunningElsewhereUntilReleased)
-{
-    {
-        SingleInstance first(path);
-        EXPECT_FALSE(first.runningElsewhere());
-        SingleInstance second(path);
-        EXPECT_TRUE(second.runningElsewhere());
-        EXPECT_FALSE(second.askRunningToRaise(100)) << "nobody listens";
-    }
-    EXPECT_FALSE(SingleInstance(path).runningElsewhere());
+    EXPECT_TRUE(messages.empty());
 }
 
 TEST_F(BookGateTest, AFailedDailyBackupIsReportedOnce)
@@ -101,7 +77,7 @@ TEST_F(BookGateTest, AFailedDailyBackupIsReportedOnce)
     backup.start();
     ASSERT_TRUE(finished.wait(10000));
     ASSERT_EQ(messages.size(), 1u);
-    EXPECT_TRUE(QString::fromStdString(messages[0].first).contains(QString::fromStdString(dir + "/backups")));
+    EXPECT_TRUE(named(messages[0].first, dir + "/backups"));
 }
 
 }  // namespace
