@@ -127,7 +127,7 @@ void ViewController::editUpdateItem()
     setListsEnabled(false);
     // OK updates the entry loaded here, whatever the lists do meanwhile.
     theItemDataSelectedId = item->Id;
-    edited = EditedEntry{DM.sisanList[static_cast<size_t>(DM.theSisanNo)]->Id, item->Id};
+    edited = EditedEntry{selectedSisan()->Id, item->Id};  // a listed entry implies a shown asset
     const bool sisyutu = item->SyubetuNo == kSyubetuSisyutu;
     (sisyutu ? ui->rdbSisyutu : ui->rdbSyuunyuu)->setChecked(true);
     setComboItemData(item->SyubetuNo);
@@ -295,6 +295,12 @@ void ViewController::itemDataHensyuu()
     if (!DM.itemUpdate(edited->itemId, d.hizuke, d.nen, d.tuki, d.hi, edited->sisanId, DM.theSyubetuNo, *comboId,
                        *kingaku, ui->txtItemDataBikou->text().toStdString()))
         return;
+    // The store re-read the edited asset's ledger: show that asset with it.
+    const int64_t* row = DM.sisanId2Idx.find(edited->sisanId);
+    if (row && *row != DM.theSisanNo) {
+        selectSisanRowQuietly(static_cast<int>(*row));
+        sisanSelected(static_cast<int>(*row));
+    }
     refreshAfterStore();
     closePanel();
 }

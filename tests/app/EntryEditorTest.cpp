@@ -178,6 +178,8 @@ TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
     EXPECT_EQ(scalar("SELECT SisanNo * 1000 + Syukkin FROM Items WHERE Id=" + std::to_string(out)),
               saifu * 1000 + 50);
     EXPECT_EQ(shown("tblSisan"), (Rows{"財布|9,150", "銀行|0"}));
+    EXPECT_EQ(label("lblSisanmei"), "財布");
+    EXPECT_EQ(shown("tblItem").back(), "2024-01-20|食費/外食||50|9,150");
     EXPECT_FALSE(panelShown());
     EXPECT_TRUE(find<QTableView>("tblSisan")->isEnabled());
 }
