@@ -47,7 +47,7 @@ Refusal refusalFor(const BookCheck& check, const std::string& bookPath)
         return {QStringLiteral("家計簿のファイルは別のプログラムが書き込み中です。\n%1").arg(file),
                 QStringLiteral("そのプログラム（バックアップや同期のソフトなど）が終わってから、もう一度起動してください。")};
     case BookVerdict::WrongSchema:
-        return {QStringLiteral("このファイルはZenvoraの家計簿の形式ではないため、開けません。\n%1%2").arg(file, detail),
+        return {QStringLiteral("このファイルは Zenvora の家計簿の形式ではないため、開けません。\n%1%2").arg(file, detail),
                 QStringLiteral("ファイルには手を加えていません。正しい家計簿のファイルを置くか、"
                                "backups フォルダのバックアップを Zenvora.sql として戻してから、もう一度起動してください。")};
     default:

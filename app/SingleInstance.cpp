@@ -27,7 +27,7 @@ SingleInstance::SingleInstance(const std::string& bookPath, QObject* parent)
     const fs::path folder = fs::path(bookPath).parent_path();
     if (!folder.empty() && fs::create_directories(folder, ec)) fs::permissions(folder, fs::perms::owner_all, ec);
     const std::string lockPath = bookPath + ".lock";
-    lockFd = ::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    lockFd = ::open(lockPath.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0600);  // flock needs no write access
     // Without a lock file (a read-only folder) the start goes on: the book
     // check then explains what is wrong with the folder.
     if (lockFd < 0) return;
