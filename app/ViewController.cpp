@@ -107,11 +107,10 @@ void ViewController::wireActions()
         connect(kind, &QAbstractButton::clicked, this, [this, kind] { rdbtnSelected(kind); });
     connect(ui->btnItemDataOK, &QPushButton::clicked, this, &ViewController::btnItemDataOK);
     connect(ui->btnItemDataCancel, &QPushButton::clicked, this, &ViewController::btnItemDataCancel);
-    for (const auto key : {Qt::Key_Return, Qt::Key_Enter})
-        connect(new QShortcut(QKeySequence(key), ui->itemData, nullptr, nullptr, Qt::WidgetWithChildrenShortcut),
-                &QShortcut::activated, this, &ViewController::btnItemDataOK);
-    connect(new QShortcut(QKeySequence(Qt::Key_Escape), ui->itemData, nullptr, nullptr, Qt::WidgetWithChildrenShortcut),
-            &QShortcut::activated, this, &ViewController::btnItemDataCancel);
+    // Enter and Escape act on the panel only when its focused field lets
+    // them pass (panelKeyPressed): shortcuts would take them even from an
+    // open pop-up list or calendar.
+    ui->itemData->installEventFilter(this);
 
     connect(ui->btnNewItem, &QPushButton::clicked, this, &ViewController::newItem);
     connect(ui->btnEditUpdateItem, &QPushButton::clicked, this, &ViewController::editUpdateItem);
@@ -210,6 +209,7 @@ void ViewController::sisanKoumokuChanged(bool changed)
     } else {
         sisanSelected(static_cast<int>(DM.theSisanNo));
     }
+    dropVanishedEdit();
     refreshComboItems();
 }
 
