@@ -1,0 +1,183 @@
+#include "charts/AnnualChartsView.h"
+
+#include <QBarCategoryAxis>
+#include <QBarSeries>
+#include <QBarSet>
+#include <QCursor>
+#include <QLegendMarker>
+#include <QLineSeries>
+#include <QPieSeries>
+#include <QToolTip>
+#include <QValueAxis>
+#include <algorithm>
+
+#include "charts/ChartSupport.h"
+#include "store/DataModel.h"
+#include "ui_AnnualChartsView.h"
+
+namespace {
+
+const QColor kIncomeColor(0x3b, 0x7d, 0xd8);
+const QColor kExpenseColor(0xe0, 0x6c, 0x4c);
+const QColor kBalanceColor(0x30, 0x30, 0x30);
+
+QBarSet* barSet(const QString& name, const std::array<int64_t, 12>& months, const QColor& color)
+{
+    auto* set = new QBarSet(name);
+    for (int64_t v : months) set->append(static_cast<qreal>(v));
+    set->setColor(color);
+    set->setBorderColor(color);
+    return set;
+}
+
+QStringList monthNames()
+{
+    QStringList names;
+    for (int m = 1; m <= 12; ++m) names << QString::number(m) + QStringLiteral("月");
+    return names;
+}
+
+}  // namespace
+
+AnnualChartsView::AnnualChartsView(DataModel& dm, QWidget* parent)
+    : QWidget(parent), DM(dm), ui(std::make_unique<Ui::AnnualChartsView>())
+{
+    ui->setupUi(this);
+    prepareChart(ui->chartMonthly);
+    prepareChart(ui->chartExpense);
+    connect(ui->btnMonthlyPNG, &QPushButton::clicked, this, &AnnualChartsView::btnMonthlyPNG);
+    connect(ui->btnExpensePNG, &QPushButton::clicked, this, &AnnualChartsView::btnExpensePNG);
+    const QString pick = QStringLiteral("年を選ぶと、その年のグラフを表示します。");
+    showMonthlyEmpty(pick);
+    showExpenseEmpty(pick);
+}
+
+AnnualChartsView::~AnnualChartsView() = default;
+
+void AnnualChartsView::showYear(const std::string& nen)
+{
+    const QString year = QString::fromStdString(nen);
+    if (annualHasNoEntries(DM)) {
+        showMonthlyEmpty(year + QStringLiteral("年には収入と支出の記録がありません。"));
+        slices.clear();
+        showExpenseEmpty(year + QStringLiteral("年には支出の記録がありません。"));
+        return;
+    }
+    drawMonthly(year);
+    drawExpense(year);
+}
+
+void AnnualChartsView::drawMonthly(const QString& year)
+{
+    const MonthlyInOut m = monthlyInOut(DM);
+    QChart* chart = ui->chartMonthly->chart();
+    clearChart(chart);
+    chart->setTitle(year + QStringLiteral("年 月別収支"));
+
+    auto* bars = new QBarSeries;
+    bars->append(barSet(QStringLiteral("収入"), m.income, kIncomeColor));
+    bars->append(barSet(QStringLiteral("支出"), m.expense, kExpenseColor));
+    auto* balance = new QLineSeries;
+    balance->setName(QStringLiteral("収支（収入−支出）"));
+    balance->setColor(kBalanceColor);
+    balance->setPointsVisible(true);
+    for (size_t i = 0; i < m.balance.size(); ++i) balance->append(static_cast<qreal>(i), static_cast<qreal>(m.balance[i]));
+    chart->addSeries(bars);
+    chart->addSeries(balance);
+
+    auto* months = new QBarCategoryAxis(chart);
+    months->append(monthNames());
+    chart->addAxis(months, Qt::AlignBottom);
+    const auto [low, high] = std::minmax({*std::min_element(m.balance.begin(), m.balance.end()),
+                                          *std::max_element(m.income.begin(), m.income.end()),
+                                          *std::max_element(m.expense.begin(), m.expense.end()),
+                                          *std::max_element(m.balance.begin(), m.balance.end())});
+    QValueAxis* yen = yenAxis(chart, low, high);
+    chart->addAxis(yen, Qt::AlignLeft);
+    for (QAbstractSeries* s : chart->series()) {
+        s->attachAxis(months);
+        s->attachAxis(yen);
+    }
+    chart->legend()->setAlignment(Qt::AlignBottom);
+    connect(bars, &QBarSeries::hovered, this, [this](bool state, int index, QBarSet* set) {
+        if (!state) return QToolTip::hideText();
+        QToolTip::showText(QCursor::pos(), QStringLiteral("%1月 %2\n%3")
+                                               .arg(index + 1)
+                                               .arg(set->label(), yenText(static_cast<int64_t>(set->at(index)))),
+                           ui->chartMonthly);
+    });
+    ui->stackMonthly->setCurrentWidget(ui->chartMonthly);
+    ui->btnMonthlyPNG->setEnabled(true);
+}
+
+void AnnualChartsView::drawExpense(const QString& year)
+{
+    slices = expenseByCategory(DM);
+    if (slices.empty()) {
+        showExpenseEmpty(year + QStringLiteral("年には支出の記録がありません。"));
+        return;
+    }
+    QChart* chart = ui->chartExpense->chart();
+    clearChart(chart);
+    int64_t total = 0;
+    for (const auto& s : slices) total += s.amount;
+    chart->setTitle(year + QStringLiteral("年 支出の内訳（合計 ") + yenText(total) + QStringLiteral("）"));
+
+    auto* donut = new QPieSeries;
+    donut->setHoleSize(0.45);
+    donut->setPieSize(0.9);
+    for (const auto& s : slices) {
+        QPieSlice* slice = donut->append(
+            QString::fromStdString(s.name) + QStringLiteral("　") + yenText(s.amount) + QStringLiteral("（") +
+                shareText(s.share) + QStringLiteral("）"),
+            static_cast<qreal>(s.amount));
+        slice->setLabelVisible(false);
+    }
+    chart->addSeries(donut);
+    chart->legend()->setAlignment(Qt::AlignRight);
+    connect(donut, &QPieSeries::hovered, this, &AnnualChartsView::sliceHovered);
+    ui->stackExpense->setCurrentWidget(ui->chartExpense);
+    ui->btnExpensePNG->setEnabled(true);
+}
+
+QString AnnualChartsView::sliceToolTip(int position) const
+{
+    if (position < 0 || static_cast<size_t>(position) >= slices.size()) return {};
+    const ExpenseSlice& s = slices[static_cast<size_t>(position)];
+    return QString::fromStdString(s.name) + QLatin1Char('\n') + yenText(s.amount) + QStringLiteral("（") +
+           shareText(s.share) + QStringLiteral("）");
+}
+
+void AnnualChartsView::sliceHovered(QPieSlice* slice, bool state)
+{
+    slice->setExploded(state);
+    if (!state) return QToolTip::hideText();
+    QToolTip::showText(QCursor::pos(), sliceToolTip(static_cast<int>(slice->series()->slices().indexOf(slice))),
+                       ui->chartExpense);
+}
+
+void AnnualChartsView::showMonthlyEmpty(const QString& sentence)
+{
+    clearChart(ui->chartMonthly->chart());
+    ui->lblMonthlyEmpty->setText(sentence);
+    ui->stackMonthly->setCurrentWidget(ui->lblMonthlyEmpty);
+    ui->btnMonthlyPNG->setEnabled(false);
+}
+
+void AnnualChartsView::showExpenseEmpty(const QString& sentence)
+{
+    clearChart(ui->chartExpense->chart());
+    ui->lblExpenseEmpty->setText(sentence);
+    ui->stackExpense->setCurrentWidget(ui->lblExpenseEmpty);
+    ui->btnExpensePNG->setEnabled(false);
+}
+
+void AnnualChartsView::btnMonthlyPNG()
+{
+    saveChartAsPng(ui->chartMonthly);
+}
+
+void AnnualChartsView::btnExpensePNG()
+{
+    saveChartAsPng(ui->chartExpense);
+}

@@ -1,0 +1,85 @@
+#include "charts/ChartSupport.h"
+
+#include <QChart>
+#include <QChartView>
+#include <QLocale>
+#include <QPixmap>
+#include <QValueAxis>
+#include <algorithm>
+#include <cmath>
+
+#include "ui/AmountText.h"
+#include "ui/MessageService.h"
+#include "ui/SaveFileService.h"
+
+namespace {
+
+// The step of about `ticks` intervals over span: 1, 2 or 5 times a power of ten.
+double roundStep(double span, int ticks)
+{
+    const double raw = span / ticks;
+    const double power = std::pow(10.0, std::floor(std::log10(raw)));
+    for (double factor : {1.0, 2.0, 5.0})
+        if (raw <= factor * power) return factor * power;
+    return 10.0 * power;
+}
+
+}  // namespace
+
+void prepareChart(QChartView* view)
+{
+    view->setRenderHint(QPainter::Antialiasing);
+    QChart* chart = view->chart();
+    chart->setAnimationOptions(QChart::NoAnimation);
+    chart->setLocalizeNumbers(true);
+    chart->setLocale(QLocale(QLocale::Japanese, QLocale::Japan));
+    chart->setMargins(QMargins(6, 6, 6, 6));
+}
+
+void clearChart(QChart* chart)
+{
+    chart->removeAllSeries();
+    for (QAbstractAxis* axis : chart->axes()) {
+        chart->removeAxis(axis);
+        delete axis;
+    }
+    chart->setTitle({});
+}
+
+QValueAxis* yenAxis(QChart* chart, int64_t low, int64_t high)
+{
+    auto* axis = new QValueAxis(chart);
+    double lo = static_cast<double>(std::min<int64_t>(0, low));
+    double hi = static_cast<double>(std::max<int64_t>(0, high));
+    if (hi - lo < 1) hi = lo + 1000;  // a flat line of zeros still gets an axis
+    const double step = roundStep(hi - lo, 6);
+    lo = std::floor(lo / step) * step;
+    hi = std::ceil(hi / step) * step;
+    axis->setRange(lo, hi);
+    axis->setTickType(QValueAxis::TicksDynamic);
+    axis->setTickAnchor(0);
+    axis->setTickInterval(step);
+    axis->setLabelFormat(QStringLiteral("%.0f"));
+    axis->setTitleText(QStringLiteral("円"));
+    return axis;
+}
+
+QString yenText(int64_t amount)
+{
+    return groupedKingaku(amount) + QStringLiteral("円");
+}
+
+QString shareText(double share)
+{
+    return QString::number(share * 100.0, 'f', 1) + QLatin1Char('%');
+}
+
+bool saveChartAsPng(QChartView* view)
+{
+    const QString path = savePathWithExtension({QStringLiteral("png")});
+    if (path.isEmpty()) return false;
+    if (view->grab().save(path, "PNG")) return true;
+    messageService().someMessageWithAlert(QStringLiteral("画像を保存できませんでした: ") + path,
+                                          QStringLiteral("information"));
+    return false;
+}
