@@ -20,6 +20,12 @@ namespace {
 const QColor kIncomeColor(0x3b, 0x7d, 0xd8);
 const QColor kExpenseColor(0xe0, 0x6c, 0x4c);
 const QColor kBalanceColor(0x30, 0x30, 0x30);
+// Slice colours far enough apart to tell nine slices and their legend
+// markers apart; the rest slice is grey.
+const QColor kSliceColors[] = {{0x4e, 0x79, 0xa7}, {0xf2, 0x8e, 0x2b}, {0xe1, 0x57, 0x59},
+                               {0x76, 0xb7, 0xb2}, {0x59, 0xa1, 0x4f}, {0xed, 0xc9, 0x48},
+                               {0xb0, 0x7a, 0xa1}, {0xff, 0x9d, 0xa7}, {0x9c, 0x75, 0x5f}};
+const QColor kRestColor(0xba, 0xb0, 0xac);
 
 QBarSet* barSet(const QString& name, const std::array<int64_t, 12>& months, const QColor& color)
 {
@@ -79,7 +85,7 @@ void AnnualChartsView::drawMonthly(const QString& year)
     bars->append(barSet(QStringLiteral("支出"), m.expense, kExpenseColor));
     auto* balance = new QLineSeries;
     balance->setName(QStringLiteral("収支（収入−支出）"));
-    balance->setColor(kBalanceColor);
+    balance->setPen(QPen(kBalanceColor, 2));
     balance->setPointsVisible(true);
     for (size_t i = 0; i < m.balance.size(); ++i) balance->append(static_cast<qreal>(i), static_cast<qreal>(m.balance[i]));
     chart->addSeries(bars);
@@ -126,15 +132,22 @@ void AnnualChartsView::drawExpense(const QString& year)
     auto* donut = new QPieSeries;
     donut->setHoleSize(0.45);
     donut->setPieSize(0.9);
-    for (const auto& s : slices) {
+    for (size_t i = 0; i < slices.size(); ++i) {
+        const ExpenseSlice& s = slices[i];
         QPieSlice* slice = donut->append(
             QString::fromStdString(s.name) + QStringLiteral("　") + yenText(s.amount) + QStringLiteral("（") +
                 shareText(s.share) + QStringLiteral("）"),
             static_cast<qreal>(s.amount));
         slice->setLabelVisible(false);
+        const bool rest = i == kNamedSlices;
+        slice->setColor(rest ? kRestColor : kSliceColors[i]);
+        slice->setBorderColor(Qt::white);
     }
     chart->addSeries(donut);
     chart->legend()->setAlignment(Qt::AlignRight);
+    QFont small = chart->legend()->font();  // nine lines must fit beside the donut
+    small.setPointSizeF(small.pointSizeF() * 0.9);
+    chart->legend()->setFont(small);
     connect(donut, &QPieSeries::hovered, this, &AnnualChartsView::sliceHovered);
     ui->stackExpense->setCurrentWidget(ui->chartExpense);
     ui->btnExpensePNG->setEnabled(true);

@@ -59,8 +59,7 @@ QValueAxis* yenAxis(QChart* chart, int64_t low, int64_t high)
     axis->setTickType(QValueAxis::TicksDynamic);
     axis->setTickAnchor(0);
     axis->setTickInterval(step);
-    axis->setLabelFormat(QStringLiteral("%.0f"));
-    axis->setTitleText(QStringLiteral("円"));
+    axis->setLabelFormat(QStringLiteral("%.0f円"));
     return axis;
 }
 
