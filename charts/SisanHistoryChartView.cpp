@@ -1,5 +1,6 @@
 #include "charts/SisanHistoryChartView.h"
 
+#include <QApplication>
 #include <QCategoryAxis>
 #include <QCursor>
 #include <QLineSeries>
@@ -78,7 +79,10 @@ bool SisanHistoryChartView::reload()
     loaded = true;
     sisanModel->reload();
     const QDate today = currentDateTime().date();
-    if (!DM.sisanHistoryFromItemsTable(today.year(), today.month())) {
+    QApplication::setOverrideCursor(Qt::WaitCursor);  // a large book takes a moment
+    const bool read = DM.sisanHistoryFromItemsTable(today.year(), today.month());
+    QApplication::restoreOverrideCursor();
+    if (!read) {
         showEmpty(QStringLiteral("資産推移を読み込めませんでした。"));
         return false;
     }
