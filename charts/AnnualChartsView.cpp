@@ -54,8 +54,8 @@ AnnualChartsView::AnnualChartsView(DataModel& dm, QWidget* parent)
     connect(ui->btnMonthlyPNG, &QPushButton::clicked, this, &AnnualChartsView::btnMonthlyPNG);
     connect(ui->btnExpensePNG, &QPushButton::clicked, this, &AnnualChartsView::btnExpensePNG);
     const QString pick = QStringLiteral("年を選ぶと、その年のグラフを表示します。");
-    showMonthlyEmpty(pick);
-    showExpenseEmpty(pick);
+    showSentence(monthlyPlace(), pick);
+    showSentence(expensePlace(), pick);
 }
 
 AnnualChartsView::~AnnualChartsView() = default;
@@ -64,12 +64,10 @@ void AnnualChartsView::showYear(const std::string& nen)
 {
     const QString year = QString::fromStdString(nen);
     if (annualHasNoEntries(DM)) {
-        showMonthlyEmpty(year + QStringLiteral("年には収入と支出の記録がありません。"));
-        slices.clear();
-        showExpenseEmpty(year + QStringLiteral("年には支出の記録がありません。"));
-        return;
+        showSentence(monthlyPlace(), year + QStringLiteral("年には収入と支出の記録がありません。"));
+    } else {
+        drawMonthly(year);
     }
-    drawMonthly(year);
     drawExpense(year);
 }
 
@@ -93,17 +91,11 @@ void AnnualChartsView::drawMonthly(const QString& year)
 
     auto* months = new QBarCategoryAxis(chart);
     months->append(monthNames());
-    chart->addAxis(months, Qt::AlignBottom);
     const auto [low, high] = std::minmax({*std::min_element(m.balance.begin(), m.balance.end()),
                                           *std::max_element(m.income.begin(), m.income.end()),
                                           *std::max_element(m.expense.begin(), m.expense.end()),
                                           *std::max_element(m.balance.begin(), m.balance.end())});
-    QValueAxis* yen = yenAxis(chart, low, high);
-    chart->addAxis(yen, Qt::AlignLeft);
-    for (QAbstractSeries* s : chart->series()) {
-        s->attachAxis(months);
-        s->attachAxis(yen);
-    }
+    attachAxes(chart, months, yenAxis(chart, low, high));
     chart->legend()->setAlignment(Qt::AlignBottom);
     connect(bars, &QBarSeries::hovered, this, [this](bool state, int index, QBarSet* set) {
         if (!state) return QToolTip::hideText();
@@ -112,15 +104,14 @@ void AnnualChartsView::drawMonthly(const QString& year)
                                                .arg(set->label(), yenText(static_cast<int64_t>(set->at(index)))),
                            ui->chartMonthly);
     });
-    ui->stackMonthly->setCurrentWidget(ui->chartMonthly);
-    ui->btnMonthlyPNG->setEnabled(true);
+    showChart(monthlyPlace());
 }
 
 void AnnualChartsView::drawExpense(const QString& year)
 {
     slices = expenseByCategory(DM);
     if (slices.empty()) {
-        showExpenseEmpty(year + QStringLiteral("年には支出の記録がありません。"));
+        showSentence(expensePlace(), year + QStringLiteral("年には支出の記録がありません。"));
         return;
     }
     QChart* chart = ui->chartExpense->chart();
@@ -149,8 +140,7 @@ void AnnualChartsView::drawExpense(const QString& year)
     small.setPointSizeF(small.pointSizeF() * 0.9);
     chart->legend()->setFont(small);
     connect(donut, &QPieSeries::hovered, this, &AnnualChartsView::sliceHovered);
-    ui->stackExpense->setCurrentWidget(ui->chartExpense);
-    ui->btnExpensePNG->setEnabled(true);
+    showChart(expensePlace());
 }
 
 QString AnnualChartsView::sliceToolTip(int position) const
@@ -169,20 +159,14 @@ void AnnualChartsView::sliceHovered(QPieSlice* slice, bool state)
                        ui->chartExpense);
 }
 
-void AnnualChartsView::showMonthlyEmpty(const QString& sentence)
+ChartPlace AnnualChartsView::monthlyPlace() const
 {
-    clearChart(ui->chartMonthly->chart());
-    ui->lblMonthlyEmpty->setText(sentence);
-    ui->stackMonthly->setCurrentWidget(ui->lblMonthlyEmpty);
-    ui->btnMonthlyPNG->setEnabled(false);
+    return {ui->stackMonthly, ui->chartMonthly, ui->lblMonthlyEmpty, ui->btnMonthlyPNG};
 }
 
-void AnnualChartsView::showExpenseEmpty(const QString& sentence)
+ChartPlace AnnualChartsView::expensePlace() const
 {
-    clearChart(ui->chartExpense->chart());
-    ui->lblExpenseEmpty->setText(sentence);
-    ui->stackExpense->setCurrentWidget(ui->lblExpenseEmpty);
-    ui->btnExpensePNG->setEnabled(false);
+    return {ui->stackExpense, ui->chartExpense, ui->lblExpenseEmpty, ui->btnExpensePNG};
 }
 
 void AnnualChartsView::btnMonthlyPNG()

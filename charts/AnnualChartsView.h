@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "charts/AnnualSeries.h"
+#include "charts/ChartSupport.h"
 
 class DataModel;
 class QChart;
@@ -44,7 +45,7 @@ private:
 
     void drawMonthly(const QString& year);
     void drawExpense(const QString& year);
-    void showMonthlyEmpty(const QString& sentence);
-    void showExpenseEmpty(const QString& sentence);
+    ChartPlace monthlyPlace() const;
+    ChartPlace expensePlace() const;
     void sliceHovered(QPieSlice* slice, bool state);
 };

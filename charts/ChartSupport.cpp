@@ -2,8 +2,11 @@
 
 #include <QChart>
 #include <QChartView>
+#include <QLabel>
 #include <QLocale>
 #include <QPixmap>
+#include <QPushButton>
+#include <QStackedWidget>
 #include <QValueAxis>
 #include <algorithm>
 #include <cmath>
@@ -44,6 +47,30 @@ void clearChart(QChart* chart)
         delete axis;
     }
     chart->setTitle({});
+}
+
+void showChart(const ChartPlace& place)
+{
+    place.stack->setCurrentWidget(place.view);
+    place.save->setEnabled(true);
+}
+
+void showSentence(const ChartPlace& place, const QString& sentence)
+{
+    clearChart(place.view->chart());
+    place.sentence->setText(sentence);
+    place.stack->setCurrentWidget(place.sentence);
+    place.save->setEnabled(false);
+}
+
+void attachAxes(QChart* chart, QAbstractAxis* horizontal, QAbstractAxis* vertical)
+{
+    chart->addAxis(horizontal, Qt::AlignBottom);
+    chart->addAxis(vertical, Qt::AlignLeft);
+    for (QAbstractSeries* s : chart->series()) {
+        s->attachAxis(horizontal);
+        s->attachAxis(vertical);
+    }
 }
 
 QValueAxis* yenAxis(QChart* chart, int64_t low, int64_t high)

@@ -3,9 +3,25 @@
 #include <QString>
 #include <cstdint>
 
+class QAbstractAxis;
 class QChart;
 class QChartView;
+class QLabel;
+class QPushButton;
+class QStackedWidget;
 class QValueAxis;
+
+// Where a chart is shown: its view or, in its stead, a sentence saying why
+// there is nothing to draw; the save button works only while the view shows.
+struct ChartPlace {
+    QStackedWidget* stack;
+    QChartView* view;
+    QLabel* sentence;
+    QPushButton* save;
+};
+void showChart(const ChartPlace& place);
+// Empties the chart and shows the sentence instead.
+void showSentence(const ChartPlace& place, const QString& sentence);
 
 // A chart drawn the Zenvora way: antialiased, no animation (a redraw must be
 // finished when the call returns), Japanese number formatting.
@@ -13,6 +29,9 @@ void prepareChart(QChartView* view);
 
 // Removes (and deletes) every series and axis of the chart.
 void clearChart(QChart* chart);
+
+// Adds both axes to the chart and attaches every series to them.
+void attachAxes(QChart* chart, QAbstractAxis* horizontal, QAbstractAxis* vertical);
 
 // A vertical axis of yen amounts with digit grouping, spanning at least
 // 0 and both given values, with round tick steps.

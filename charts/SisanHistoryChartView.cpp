@@ -63,7 +63,7 @@ SisanHistoryChartView::SisanHistoryChartView(DataModel& dm, QWidget* parent)
     ui->lstSisan->setModel(sisanModel);
     connect(sisanModel, &QAbstractItemModel::dataChanged, this, [this] { draw(); });
     connect(ui->btnHistoryPNG, &QPushButton::clicked, this, &SisanHistoryChartView::btnHistoryPNG);
-    showEmpty({});
+    showSentence(place(), {});
 }
 
 SisanHistoryChartView::~SisanHistoryChartView() = default;
@@ -83,7 +83,7 @@ bool SisanHistoryChartView::reload()
     const bool read = DM.sisanHistoryFromItemsTable(today.year(), today.month());
     QApplication::restoreOverrideCursor();
     if (!read) {
-        showEmpty(QStringLiteral("資産推移を読み込めませんでした。"));
+        showSentence(place(), QStringLiteral("資産推移を読み込めませんでした。"));
         return false;
     }
     draw();
@@ -119,7 +119,7 @@ void SisanHistoryChartView::draw()
 {
     const MonthEndHistory& h = DM.sisanHistory;
     if (h.empty()) {
-        showEmpty(QStringLiteral("記録がまだないため、資産推移はありません。"));
+        showSentence(place(), QStringLiteral("記録がまだないため、資産推移はありません。"));
         return;
     }
     QChart* chart = ui->chartHistory->chart();
@@ -143,25 +143,14 @@ void SisanHistoryChartView::draw()
         lo = std::min(lo, *l);
         hi = std::max(hi, *u);
     }
-    QCategoryAxis* months = monthAxis(chart, h);
-    QValueAxis* yen = yenAxis(chart, lo, hi);
-    chart->addAxis(months, Qt::AlignBottom);
-    chart->addAxis(yen, Qt::AlignLeft);
-    for (QAbstractSeries* s : chart->series()) {
-        s->attachAxis(months);
-        s->attachAxis(yen);
-    }
+    attachAxes(chart, monthAxis(chart, h), yenAxis(chart, lo, hi));
     chart->legend()->setAlignment(Qt::AlignBottom);
-    ui->stackHistory->setCurrentWidget(ui->chartHistory);
-    ui->btnHistoryPNG->setEnabled(true);
+    showChart(place());
 }
 
-void SisanHistoryChartView::showEmpty(const QString& sentence)
+ChartPlace SisanHistoryChartView::place() const
 {
-    clearChart(ui->chartHistory->chart());
-    ui->lblHistoryEmpty->setText(sentence);
-    ui->stackHistory->setCurrentWidget(ui->lblHistoryEmpty);
-    ui->btnHistoryPNG->setEnabled(false);
+    return {ui->stackHistory, ui->chartHistory, ui->lblHistoryEmpty, ui->btnHistoryPNG};
 }
 
 void SisanHistoryChartView::btnHistoryPNG()

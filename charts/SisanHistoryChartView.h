@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "charts/ChartSupport.h"
+
 class DataModel;
 class QLineSeries;
 class SisanCheckListModel;
@@ -39,6 +41,6 @@ private:
     bool loaded = false;
 
     void draw();
-    void showEmpty(const QString& sentence);
+    ChartPlace place() const;
     QLineSeries* line(const QString& name, const std::vector<int64_t>& zankin);
 };
