@@ -20,12 +20,7 @@ namespace {
 const QColor kIncomeColor(0x3b, 0x7d, 0xd8);
 const QColor kExpenseColor(0xe0, 0x6c, 0x4c);
 const QColor kBalanceColor(0x30, 0x30, 0x30);
-// Slice colours far enough apart to tell nine slices and their legend
-// markers apart; the rest slice is grey.
-const QColor kSliceColors[] = {{0x4e, 0x79, 0xa7}, {0xf2, 0x8e, 0x2b}, {0xe1, 0x57, 0x59},
-                               {0x76, 0xb7, 0xb2}, {0x59, 0xa1, 0x4f}, {0xed, 0xc9, 0x48},
-                               {0xb0, 0x7a, 0xa1}, {0xff, 0x9d, 0xa7}, {0x9c, 0x75, 0x5f}};
-const QColor kRestColor(0xba, 0xb0, 0xac);
+const QColor kRestColor(0xba, 0xb0, 0xac);  // grey: the rest slice
 
 QBarSet* barSet(const QString& name, const std::array<int64_t, 12>& months, const QColor& color)
 {
@@ -131,7 +126,7 @@ void AnnualChartsView::drawExpense(const QString& year)
             static_cast<qreal>(s.amount));
         slice->setLabelVisible(false);
         const bool rest = i == kNamedSlices;
-        slice->setColor(rest ? kRestColor : kSliceColors[i]);
+        slice->setColor(rest ? kRestColor : seriesColor(i));
         slice->setBorderColor(Qt::white);
     }
     chart->addSeries(donut);

@@ -10,6 +10,7 @@
 #include <QValueAxis>
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "ui/AmountText.h"
 #include "ui/MessageService.h"
@@ -27,7 +28,16 @@ double roundStep(double span, int ticks)
     return 10.0 * power;
 }
 
+const QColor kPalette[] = {{0x4e, 0x79, 0xa7}, {0xf2, 0x8e, 0x2b}, {0xe1, 0x57, 0x59}, {0x76, 0xb7, 0xb2},
+                          {0x59, 0xa1, 0x4f}, {0xed, 0xc9, 0x48}, {0xb0, 0x7a, 0xa1}, {0xff, 0x9d, 0xa7},
+                          {0x9c, 0x75, 0x5f}, {0xba, 0xb0, 0xac}};
+
 }  // namespace
+
+QColor seriesColor(size_t i)
+{
+    return kPalette[i % std::size(kPalette)];
+}
 
 void prepareChart(QChartView* view)
 {

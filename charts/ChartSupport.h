@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QString>
 #include <cstdint>
 
@@ -29,6 +30,10 @@ void prepareChart(QChartView* view);
 
 // Removes (and deletes) every series and axis of the chart.
 void clearChart(QChart* chart);
+
+// The i-th of ten colours far enough apart to tell lines, slices and their
+// legend markers apart (repeating after ten).
+QColor seriesColor(size_t i);
 
 // Adds both axes to the chart and attaches every series to them.
 void attachAxes(QChart* chart, QAbstractAxis* horizontal, QAbstractAxis* vertical);

@@ -19,7 +19,8 @@
 namespace {
 
 constexpr int kMaxMonthLabels = 8;
-const QColor kTotalColor(0x1f, 0x4e, 0x9a);
+constexpr qsizetype kBottomLegendLines = 4;
+const QColor kTotalColor(0x22, 0x22, 0x22);  // near black, apart from the asset lines
 
 // Months between two labels of the time axis: a calendar-friendly step that
 // keeps the labels few enough not to overlap.
@@ -138,13 +139,16 @@ void SisanHistoryChartView::draw()
     for (size_t r = 0; r < h.sisanIds.size(); ++r) {
         if (!sisanModel->isChecked(h.sisanIds[r])) continue;
         const auto& zankin = h.zankin[r];
-        chart->addSeries(line(QString::fromStdString(DM.getSisanNamaeFromNo(h.sisanIds[r])), zankin));
+        QLineSeries* own = line(QString::fromStdString(DM.getSisanNamaeFromNo(h.sisanIds[r])), zankin);
+        own->setPen(QPen(seriesColor(r), 1.5));  // by list position: an asset keeps its colour
+        chart->addSeries(own);
         const auto [l, u] = std::minmax_element(zankin.begin(), zankin.end());
         lo = std::min(lo, *l);
         hi = std::max(hi, *u);
     }
     attachAxes(chart, monthAxis(chart, h), yenAxis(chart, lo, hi));
-    chart->legend()->setAlignment(Qt::AlignBottom);
+    // Beside the chart, a long legend keeps every name whole.
+    chart->legend()->setAlignment(chart->series().size() > kBottomLegendLines ? Qt::AlignRight : Qt::AlignBottom);
     showChart(place());
 }
 
