@@ -4,7 +4,7 @@
 #include <QBarSeries>
 #include <QBarSet>
 #include <QCursor>
-#include <QLegendMarker>
+#include <QLegend>
 #include <QLineSeries>
 #include <QPieSeries>
 #include <QToolTip>
@@ -31,6 +31,13 @@ QBarSet* barSet(const QString& name, const std::array<int64_t, 12>& months, cons
     return set;
 }
 
+// "食費", separator, "12,345円（23.4%）": a slice's legend line and tooltip.
+QString sliceText(const ExpenseSlice& s, const QString& separator)
+{
+    return QString::fromStdString(s.name) + separator + yenText(s.amount) + QStringLiteral("（") + shareText(s.share) +
+           QStringLiteral("）");
+}
+
 QStringList monthNames()
 {
     QStringList names;
@@ -46,6 +53,11 @@ AnnualChartsView::AnnualChartsView(DataModel& dm, QWidget* parent)
     ui->setupUi(this);
     prepareChart(ui->chartMonthly);
     prepareChart(ui->chartExpense);
+    QLegend* legend = ui->chartExpense->chart()->legend();
+    legend->setAlignment(Qt::AlignRight);
+    QFont small = legend->font();  // nine lines must fit beside the donut
+    small.setPointSizeF(small.pointSizeF() * 0.9);
+    legend->setFont(small);
     connect(ui->btnMonthlyPNG, &QPushButton::clicked, this, &AnnualChartsView::btnMonthlyPNG);
     connect(ui->btnExpensePNG, &QPushButton::clicked, this, &AnnualChartsView::btnExpensePNG);
     const QString pick = QStringLiteral("年を選ぶと、その年のグラフを表示します。");
@@ -86,10 +98,11 @@ void AnnualChartsView::drawMonthly(const QString& year)
 
     auto* months = new QBarCategoryAxis(chart);
     months->append(monthNames());
-    const auto [low, high] = std::minmax({*std::min_element(m.balance.begin(), m.balance.end()),
-                                          *std::max_element(m.income.begin(), m.income.end()),
-                                          *std::max_element(m.expense.begin(), m.expense.end()),
-                                          *std::max_element(m.balance.begin(), m.balance.end())});
+    int64_t low = 0, high = 0;
+    for (size_t i = 0; i < m.balance.size(); ++i) {
+        low = std::min(low, m.balance[i]);
+        high = std::max({high, m.income[i], m.expense[i], m.balance[i]});
+    }
     attachAxes(chart, months, yenAxis(chart, low, high));
     chart->legend()->setAlignment(Qt::AlignBottom);
     connect(bars, &QBarSeries::hovered, this, [this](bool state, int index, QBarSet* set) {
@@ -120,20 +133,13 @@ void AnnualChartsView::drawExpense(const QString& year)
     donut->setPieSize(0.9);
     for (size_t i = 0; i < slices.size(); ++i) {
         const ExpenseSlice& s = slices[i];
-        QPieSlice* slice = donut->append(
-            QString::fromStdString(s.name) + QStringLiteral("　") + yenText(s.amount) + QStringLiteral("（") +
-                shareText(s.share) + QStringLiteral("）"),
-            static_cast<qreal>(s.amount));
+        QPieSlice* slice = donut->append(sliceText(s, QStringLiteral("　")), static_cast<qreal>(s.amount));
         slice->setLabelVisible(false);
         const bool rest = i == kNamedSlices;
         slice->setColor(rest ? kRestColor : seriesColor(i));
         slice->setBorderColor(Qt::white);
     }
     chart->addSeries(donut);
-    chart->legend()->setAlignment(Qt::AlignRight);
-    QFont small = chart->legend()->font();  // nine lines must fit beside the donut
-    small.setPointSizeF(small.pointSizeF() * 0.9);
-    chart->legend()->setFont(small);
     connect(donut, &QPieSeries::hovered, this, &AnnualChartsView::sliceHovered);
     showChart(expensePlace());
 }
@@ -141,9 +147,7 @@ void AnnualChartsView::drawExpense(const QString& year)
 QString AnnualChartsView::sliceToolTip(int position) const
 {
     if (position < 0 || static_cast<size_t>(position) >= slices.size()) return {};
-    const ExpenseSlice& s = slices[static_cast<size_t>(position)];
-    return QString::fromStdString(s.name) + QLatin1Char('\n') + yenText(s.amount) + QStringLiteral("（") +
-           shareText(s.share) + QStringLiteral("）");
+    return sliceText(slices[static_cast<size_t>(position)], QStringLiteral("\n"));
 }
 
 void AnnualChartsView::sliceHovered(QPieSlice* slice, bool state)
