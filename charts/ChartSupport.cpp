@@ -90,7 +90,9 @@ QValueAxis* yenAxis(QChart* chart, int64_t low, int64_t high)
     double hi = static_cast<double>(std::max<int64_t>(0, high));
     if (hi - lo < 1) hi = lo + 1000;  // a flat line of zeros still gets an axis
     const double step = roundStep(hi - lo, 6);
-    lo = std::floor(lo / step) * step;
+    // A small dip below zero gets a margin, not a whole step of empty chart;
+    // the ticks stay on multiples of the step from zero.
+    lo = std::max(std::floor(lo / step) * step, lo - 0.05 * (hi - lo));
     hi = std::ceil(hi / step) * step;
     axis->setRange(lo, hi);
     axis->setTickType(QValueAxis::TicksDynamic);
