@@ -10,6 +10,8 @@
 
 #include "ui/ListTableModel.h"
 #include "app/StoreTableModels.h"
+#include "reports/AnnualReportViewController.h"
+#include "reports/SisanReportViewController.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
 #include "ui/Clock.h"
@@ -122,6 +124,8 @@ void ViewController::wireActions()
     connect(ui->mnuShowPrefsHimoku, &QAction::triggered, this, &ViewController::mnuShowPrefsHimoku);
     ui->mnuShowPrefsSisan->setEnabled(false);
     ui->mnuShowPrefsHimoku->setEnabled(false);
+    connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
+    connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
 }
 
@@ -151,6 +155,18 @@ void ViewController::mnuShowPrefsSisan()
 void ViewController::mnuShowPrefsHimoku()
 {
     performSegue(kSeguePrefsHimoku);
+}
+
+void ViewController::mnuShowAnnualReport()
+{
+    AnnualReportViewController report(DM, this);
+    report.exec();
+}
+
+void ViewController::mnuShowSisanReport()
+{
+    SisanReportViewController report(DM, this);
+    report.exec();
 }
 
 void ViewController::performSegue(const QString& identifier)

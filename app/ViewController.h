@@ -47,6 +47,10 @@ public:
     // ---- frame --------------------------------------------------------------
     void mnuShowPrefsSisan();
     void mnuShowPrefsHimoku();
+    // Runs a report window modally: the asset report shows sisanList live,
+    // which the entry actions here re-read.
+    void mnuShowAnnualReport();
+    void mnuShowSisanReport();
     // Creates the transition's editor, prepares it and runs it modally.
     void performSegue(const QString& identifier);
     // Hands the editor this window as its delegate; "prepare failed" on
