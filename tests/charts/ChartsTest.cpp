@@ -178,7 +178,6 @@ TEST_F(ChartsTest, HistoryDrawsTheStoresTotalAndTheCheckedAssets)
     lines = seriesOf<QLineSeries>(&view, "chartHistory");
     ASSERT_EQ(lines.size(), 2);
     EXPECT_EQ(lines[1]->name(), QStringLiteral("銀行"));
-    EXPECT_EQ(ys(lines[1]), dm.sisanHistory.zankin[1]);
     EXPECT_EQ(ys(lines[1]), (std::vector<int64_t>{-3000, -2200, -2200, -2200}));
     EXPECT_TRUE(takeMessages().empty());
 }
