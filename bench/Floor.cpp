@@ -86,6 +86,13 @@ void Floor::annualYear(int nen)
     readAll(annualSql(nen, "Syukkin", 1), 1u);
 }
 
+void Floor::monthlySums()
+{
+    readAll("SELECT SisanNo, Nen, Tuki, SUM(CASE WHEN SyubetuNo IN (2,4) THEN Nyuukin"
+            " WHEN SyubetuNo IN (1,3) THEN -Syukkin END) FROM Items NOT INDEXED GROUP BY SisanNo, Nen, Tuki",
+            1u << 3);
+}
+
 void Floor::insertItem(const char* sql, int64_t sisan, int64_t kind, int64_t partner, int64_t idouId)
 {
     sqlite3_stmt* s = nullptr;

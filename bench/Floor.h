@@ -16,6 +16,7 @@ public:
     void readLedger(int64_t sisanId);                   // one asset's entries
     void readYears();
     void annualYear(int nen);                           // both grouped statements
+    void monthlySums();                                 // the grouped read of the asset history
     void insertEntry(int64_t sisanId, int64_t himokuId);  // insert + re-read
     void insertTransfer(int64_t from, int64_t to);      // pair + link + both re-reads
     void deleteSubItem(int64_t id, int64_t hno, int64_t ucount, int64_t shownSisanId);

@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/ChartsBench.h"
 #include "bench/Compare.h"
 #include "bench/Floor.h"
 #include "bench/Generator.h"
@@ -130,6 +131,9 @@ int main(int argc, char** argv)
     const int middleYear = options.shape.lastYear - options.shape.years / 2;
     compare("annual_year", runs, [&](int) { dm->annualInOutFromItemsTable(std::to_string(middleYear)); },
             [&](int) { floor.annualYear(middleYear); });
+    compare("networth_history", runs,
+            [&](int) { dm->sisanHistoryFromItemsTable(options.shape.lastYear, 12); },
+            [&](int) { floor.monthlySums(); });
 
     dm->theSisanNo = dm->sisanId2Idx.at(largest);
     const int64_t himoku = expenseSubItems(*dm).front()->Id;
@@ -162,6 +166,7 @@ int main(int argc, char** argv)
 
     benchReports(*dm, dir, runs);
     benchMainWindow(*dm, largest, ledger.secondSisanId, runs, argc, argv);
+    benchCharts(*dm, middleYear, runs, argc, argv);
 
     dm.reset();
     if (options.keepDir.empty()) std::filesystem::remove_all(dir);

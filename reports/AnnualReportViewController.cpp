@@ -5,6 +5,7 @@
 #include <QSignalBlocker>
 #include <algorithm>
 
+#include "charts/AnnualChartsView.h"
 #include "reports/AnnualReportPDFPage.h"
 #include "reports/AnnualReportRows.h"
 #include "reports/PdfDocument.h"
@@ -66,6 +67,8 @@ void AnnualReportViewController::viewDidLoad()
         views[t]->setModel(tableModels[t]);
     }
     layOutTables();
+    charts = new AnnualChartsView(DM, ui->tabCharts);
+    ui->chartsLayout->addWidget(charts);
     ui->btnCSV->setEnabled(false);
     ui->btnPDF->setEnabled(false);
     connect(ui->cmbYears, &QComboBox::currentIndexChanged, this, &AnnualReportViewController::comboBoxSelectionDidChange);
@@ -184,6 +187,7 @@ void AnnualReportViewController::comboBoxSelectionDidChange()
     if (!yearComputed) return;
     for (ListTableModel* model : tableModels) model->reload();
     fitLabelColumns();
+    charts->showYear(DM.yearsList[static_cast<size_t>(index)]);
 }
 
 std::optional<std::string> AnnualReportViewController::exportableYear() const

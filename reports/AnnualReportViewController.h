@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+class AnnualChartsView;
 class DataModel;
 class ListTableModel;
 class QTableView;
@@ -51,6 +52,7 @@ private:
     std::unique_ptr<Ui::AnnualReportViewController> ui;
     ListTableModel* yearsModel = nullptr;
     std::array<ListTableModel*, 3> tableModels{};
+    AnnualChartsView* charts = nullptr;  // the グラフ tab, following the picked year
     bool yearComputed = false;  // the tables show the picked year's figures
 
     void viewDidLoad();

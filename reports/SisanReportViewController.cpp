@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 
+#include "charts/SisanHistoryChartView.h"
 #include "reports/PdfDocument.h"
 #include "reports/ReportCsv.h"
 #include "reports/ReportExport.h"
@@ -30,6 +31,8 @@ void SisanReportViewController::viewDidLoad()
         {}, this);
     ui->tblReportSisan->setModel(model);
     layOutColumns();
+    // The history chart reads the book when its tab is first shown.
+    ui->chartsLayout->addWidget(new SisanHistoryChartView(DM, ui->tabCharts));
     ui->lblTotal->setText(groupedKingaku(DM.GrandTotalSisan));
     connect(ui->btnSisanCSV, &QPushButton::clicked, this, &SisanReportViewController::btnSisanCSV);
     connect(ui->btnSisanPDF, &QPushButton::clicked, this, &SisanReportViewController::btnSisanPDF);

@@ -9,6 +9,7 @@
 #include "store/Himoku.h"
 #include "store/IdIndexMap.h"
 #include "store/Items.h"
+#include "store/MonthEndHistory.h"
 #include "store/Sisan.h"
 
 struct sqlite3;
@@ -61,6 +62,7 @@ public:
     std::vector<std::vector<int64_t>> annualOutDataList;
     std::vector<std::string> annualTotalNameList;
     std::vector<std::vector<int64_t>> annualTotalDataList;
+    MonthEndHistory sisanHistory;  // filled by sisanHistoryFromItemsTable
     int64_t theSyubetuNo = 0;  // kind the entry panel works with
     int64_t theSisanNo = 0;    // position (not Id) in sisanList of the shown asset
 
@@ -159,6 +161,12 @@ public:
     bool readYearsFromItemsTable();
     // Fills the income, expense and summary lists of the year (decimal text).
     bool annualInOutFromItemsTable(const std::string& nen);
+    // sisanHistory := every listed asset's balance at the end of each month
+    // from the month of the first entry to the month nen/tuki (the caller's
+    // today), from the opening amounts and one grouped read of the monthly
+    // sums. Entries of later months are left out; empty without entries.
+    // On a failure the history is left as it was.
+    bool sisanHistoryFromItemsTable(int64_t nen, int64_t tuki);
 
 private:
     sqlite3* db = nullptr;

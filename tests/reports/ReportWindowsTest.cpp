@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTimer>
 #include <deque>
@@ -152,6 +153,8 @@ TEST_F(ReportWindowsTest, TheAnnualReportShowsAPickedYearAndWritesItAsCsvAndPdf)
     EXPECT_EQ(rowsOf(window, "tblTotals"), (Rows{"収　入　計|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000",
                                                  "支　出　計|0|0|0|0|0|0|0|0|0|0|0|0|0",
                                                  "差　引　合　計|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000"}));
+    // The グラフ tab follows the pick: 2019 has income and no expense.
+    EXPECT_EQ(in<QLabel>(window, "lblExpenseEmpty")->text(), "2019年には支出の記録がありません。");
     const QAbstractItemModel* totals = in<QTableView>(window, "tblTotals")->model();
     EXPECT_TRUE(totals->index(0, 13).data(Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignRight);
 
@@ -220,6 +223,8 @@ TEST_F(ReportWindowsTest, TheAssetReportShowsTheBalancesAndWritesThemAsCsvAndPdf
     new QAbstractItemModelTester(in<QTableView>(window, "tblReportSisan")->model(), &window);
     EXPECT_EQ(rowsOf(window, "tblReportSisan"), (Rows{"現金|12,000", "普通預金|-3,000"}));
     EXPECT_EQ(in<QLabel>(window, "lblTotal")->text(), "9,000");
+    in<QTabWidget>(window, "tabReport")->setCurrentIndex(1);  // the history is read once its tab shows
+    EXPECT_EQ(in<QLabel>(window, "lblHistoryEmpty")->text(), "記録がまだないため、資産推移はありません。");
 
     press(window, "btnSisanCSV", "sisan.CSV");  // an offered extension stays
     EXPECT_EQ(contentOf(dir + "/sisan.CSV"), kSisanExample);
