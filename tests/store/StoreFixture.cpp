@@ -28,10 +28,10 @@ void StoreFixture::TearDown()
     std::filesystem::remove_all(dir);
 }
 
-DataModel& StoreFixture::open()
+DataModel& StoreFixture::open(int busyTimeoutMs)
 {
     store.reset();
-    store = std::make_unique<DataModel>(path);
+    store = std::make_unique<DataModel>(path, busyTimeoutMs);
     return *store;
 }
 
