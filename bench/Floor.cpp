@@ -29,6 +29,19 @@ void expectDone(int rc, sqlite3* db)
     std::exit(1);
 }
 
+// Calls onRow at every row of s, then checks that the rows ended.
+template <typename OnRow>
+void eachRow(sqlite3* db, sqlite3_stmt* s, OnRow onRow)
+{
+    for (int rc = sqlite3_step(s);; rc = sqlite3_step(s)) {
+        if (rc != SQLITE_ROW) {
+            expectDone(rc, db);
+            return;
+        }
+        onRow();
+    }
+}
+
 sqlite3* openBook(const std::string& path)
 {
     sqlite3* db = nullptr;
@@ -56,8 +69,7 @@ void Floor::readAll(const std::string& sql, uint32_t textColumns)
     sqlite3_stmt* s = nullptr;
     sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr);
     const int columns = sqlite3_column_count(s);
-    int rc;
-    while ((rc = sqlite3_step(s)) == SQLITE_ROW) {
+    eachRow(db_, s, [&] {
         for (int c = 0; c < columns; ++c) {
             if (textColumns & (1u << c)) {
                 sink_ += sqlite3_column_text(s, c)[0] + sqlite3_column_bytes(s, c);
@@ -65,8 +77,7 @@ void Floor::readAll(const std::string& sql, uint32_t textColumns)
                 sink_ += sqlite3_column_int(s, c);
             }
         }
-    }
-    expectDone(rc, db_);
+    });
     sqlite3_finalize(s);
 }
 
@@ -87,23 +98,20 @@ void Floor::startupRecompute()
     std::unordered_map<int64_t, int64_t> zankin;
     sqlite3_stmt* s = nullptr;
     sqlite3_prepare_v2(db_, "SELECT * FROM Sisan", -1, &s, nullptr);
-    int rc;
-    while ((rc = sqlite3_step(s)) == SQLITE_ROW) {
+    eachRow(db_, s, [&] {
         sink_ += sqlite3_column_text(s, 1)[0] + sqlite3_column_int64(s, 3);
         zankin[sqlite3_column_int(s, 0)] = sqlite3_column_int(s, 2);
-    }
-    expectDone(rc, db_);
+    });
     sqlite3_finalize(s);
     readAll("SELECT * FROM Himoku ORDER BY SyubetuNo, Hno,Id", 1u << 2);
     sqlite3_prepare_v2(db_, "SELECT SisanNo, SyubetuNo, Nyuukin, Syukkin FROM Items", -1, &s, nullptr);
-    while ((rc = sqlite3_step(s)) == SQLITE_ROW) {
+    eachRow(db_, s, [&] {
         const auto found = zankin.find(sqlite3_column_int(s, 0));
-        if (found == zankin.end()) continue;
+        if (found == zankin.end()) return;
         const int kind = sqlite3_column_int(s, 1);
         if (kind == 2 || kind == 4) found->second += sqlite3_column_int(s, 2);
         if (kind == 1 || kind == 3) found->second -= sqlite3_column_int(s, 3);
-    }
-    expectDone(rc, db_);
+    });
     sqlite3_finalize(s);
     for (const auto& [id, sum] : zankin) sink_ += id + sum;
     std::swap(db, db_);

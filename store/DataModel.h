@@ -36,7 +36,8 @@ public:
 
     // Opens (creating if missing) the database file at path, reads the asset
     // table, then the category table, then recomputes every balance from the
-    // entries (recomputeAllSisanZankin). Failures are reported, not thrown.
+    // entries (recomputeAllSisanZankin). A statement waits busyTimeoutMs for
+    // another connection's lock. Failures are reported, not thrown.
     explicit DataModel(std::string path, int busyTimeoutMs = kBusyTimeoutMs);
     // Finalizes any open statement and closes the connection.
     ~DataModel();
@@ -92,9 +93,9 @@ public:
     // GrandTotalSisan := sum of the in-memory balances.
     void totalOfZankinFrom_sisanList();
     // Sets every listed asset's balance to its opening amount plus the sum of
-    // its entries (one aggregate statement), GrandTotalSisan following, and
-    // corrects the stored copies that differ in one transaction. On a failed
-    // read the balances stay as they were; false after one message.
+    // its entries (one pass over the entries), GrandTotalSisan following, and
+    // writes the balances that changed into the table in one transaction. On
+    // a failed read the balances stay as they were; false after one message.
     bool recomputeAllSisanZankin();
     // Sets the in-memory balance of the asset with this Id.
     void updateSisanZankinList(int64_t id, int64_t zankin);
@@ -204,10 +205,10 @@ private:
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.
     bool rereadShownItems();
-    // Opening amount + sum of entries per listed asset, by position, from
-    // the aggregate statement; only the asset with onlySisanId when given.
+    // Opening amount + sum of entries per listed asset, by position, from one
+    // pass over the entries; only the asset with onlySisanId when given.
     bool sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* onlySisanId = nullptr);
-    // The balance of one asset from the aggregate; itemList is left as it is.
+    // The balance of one asset from its entries; itemList is left as it is.
     bool recomputeSisanZankin(int64_t sisanId);
     // Writes the balances of the assets at these positions in one transaction.
     bool storeZankinOf(const std::vector<size_t>& positions);
