@@ -10,6 +10,10 @@
 
 #include "ui/ListTableModel.h"
 #include "app/StoreTableModels.h"
+#include "editors/PrefsHimokuViewController.h"
+#include "editors/PrefsSisanViewController.h"
+#include "reports/AnnualReportViewController.h"
+#include "reports/SisanReportViewController.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
 #include "ui/Clock.h"
@@ -120,8 +124,11 @@ void ViewController::wireActions()
 
     connect(ui->mnuShowPrefsSisan, &QAction::triggered, this, &ViewController::mnuShowPrefsSisan);
     connect(ui->mnuShowPrefsHimoku, &QAction::triggered, this, &ViewController::mnuShowPrefsHimoku);
-    ui->mnuShowPrefsSisan->setEnabled(false);
-    ui->mnuShowPrefsHimoku->setEnabled(false);
+    setSegueDestination(kSeguePrefsSisan, [this](QWidget* parent) { return new PrefsSisanViewController(DM, parent); });
+    setSegueDestination(kSeguePrefsHimoku,
+                        [this](QWidget* parent) { return new PrefsHimokuViewController(DM, parent); });
+    connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
+    connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
 }
 
@@ -151,6 +158,18 @@ void ViewController::mnuShowPrefsSisan()
 void ViewController::mnuShowPrefsHimoku()
 {
     performSegue(kSeguePrefsHimoku);
+}
+
+void ViewController::mnuShowAnnualReport()
+{
+    AnnualReportViewController report(DM, this);
+    report.exec();
+}
+
+void ViewController::mnuShowSisanReport()
+{
+    SisanReportViewController report(DM, this);
+    report.exec();
 }
 
 void ViewController::performSegue(const QString& identifier)

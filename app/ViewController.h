@@ -40,13 +40,18 @@ public:
     DataModel& DM;
 
     // Where each transition leads: a factory of the modal editor to show.
-    // An editor menu action stays disabled while its transition has none.
+    // The window starts with the asset and category editors; an editor menu
+    // action is disabled while its transition has none.
     using SegueDestination = std::function<ModalEditor*(QWidget* parent)>;
     void setSegueDestination(const QString& identifier, SegueDestination destination);
 
     // ---- frame --------------------------------------------------------------
     void mnuShowPrefsSisan();
     void mnuShowPrefsHimoku();
+    // Runs a report window modally: the asset report shows sisanList live,
+    // which the entry actions here re-read.
+    void mnuShowAnnualReport();
+    void mnuShowSisanReport();
     // Creates the transition's editor, prepares it and runs it modally.
     void performSegue(const QString& identifier);
     // Hands the editor this window as its delegate; "prepare failed" on
