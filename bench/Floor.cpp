@@ -2,7 +2,11 @@
 
 #include <sqlite3.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <unordered_map>
+#include <vector>
 
 namespace {
 
@@ -17,6 +21,34 @@ std::string annualSql(int nen, const char* column, int kind)
            " AND Items.SyubetuNo=" + std::to_string(kind) + " GROUP BY Items.HimokuNo";
 }
 
+// A floor that cannot read its rows measures nothing: stop the benchmark.
+void expectDone(int rc, sqlite3* db)
+{
+    if (rc == SQLITE_DONE) return;
+    std::fprintf(stderr, "floor: %s\n", sqlite3_errmsg(db));
+    std::exit(1);
+}
+
+// Calls onRow at every row of s, then checks that the rows ended.
+template <typename OnRow>
+void eachRow(sqlite3* db, sqlite3_stmt* s, OnRow onRow)
+{
+    for (int rc = sqlite3_step(s);; rc = sqlite3_step(s)) {
+        if (rc != SQLITE_ROW) {
+            expectDone(rc, db);
+            return;
+        }
+        onRow();
+    }
+}
+
+sqlite3* openBook(const std::string& path)
+{
+    sqlite3* db = nullptr;
+    sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    return db;
+}
+
 std::string ledgerSql(int64_t sisanId)
 {
     return "SELECT * FROM Items WHERE SisanNo = " + std::to_string(sisanId) + " ORDER BY Hizuke";
@@ -24,10 +56,8 @@ std::string ledgerSql(int64_t sisanId)
 
 }  // namespace
 
-Floor::Floor(const std::string& path) : path_(path)
-{
-    sqlite3_open(path.c_str(), &db_);
-}
+// Opened as the store opens its book: one thread, no per-call locking.
+Floor::Floor(const std::string& path) : db_(openBook(path)), path_(path) {}
 
 Floor::~Floor()
 {
@@ -39,7 +69,7 @@ void Floor::readAll(const std::string& sql, uint32_t textColumns)
     sqlite3_stmt* s = nullptr;
     sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr);
     const int columns = sqlite3_column_count(s);
-    while (sqlite3_step(s) == SQLITE_ROW) {
+    eachRow(db_, s, [&] {
         for (int c = 0; c < columns; ++c) {
             if (textColumns & (1u << c)) {
                 sink_ += sqlite3_column_text(s, c)[0] + sqlite3_column_bytes(s, c);
@@ -47,7 +77,7 @@ void Floor::readAll(const std::string& sql, uint32_t textColumns)
                 sink_ += sqlite3_column_int(s, c);
             }
         }
-    }
+    });
     sqlite3_finalize(s);
 }
 
@@ -55,17 +85,35 @@ void Floor::write(const std::string& sql)
 {
     sqlite3_stmt* s = nullptr;
     sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr);
-    sqlite3_step(s);
+    expectDone(sqlite3_step(s), db_);
     sqlite3_finalize(s);
 }
 
-void Floor::startup()
+void Floor::startupRecompute()
 {
-    sqlite3* db = nullptr;
-    sqlite3_open(path_.c_str(), &db);
+    sqlite3* db = openBook(path_);
     std::swap(db, db_);
-    readAll("SELECT * FROM Sisan", 1u << 1);
+    // The assets' opening amounts by Id, then the categories, then every
+    // entry's amount summed per asset in the same pass the store makes.
+    std::unordered_map<int64_t, int64_t> zankin;
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(db_, "SELECT * FROM Sisan", -1, &s, nullptr);
+    eachRow(db_, s, [&] {
+        sink_ += sqlite3_column_text(s, 1)[0] + sqlite3_column_int64(s, 3);
+        zankin[sqlite3_column_int(s, 0)] = sqlite3_column_int(s, 2);
+    });
+    sqlite3_finalize(s);
     readAll("SELECT * FROM Himoku ORDER BY SyubetuNo, Hno,Id", 1u << 2);
+    sqlite3_prepare_v2(db_, "SELECT SisanNo, SyubetuNo, Nyuukin, Syukkin FROM Items", -1, &s, nullptr);
+    eachRow(db_, s, [&] {
+        const auto found = zankin.find(sqlite3_column_int(s, 0));
+        if (found == zankin.end()) return;
+        const int kind = sqlite3_column_int(s, 1);
+        if (kind == 2 || kind == 4) found->second += sqlite3_column_int(s, 2);
+        if (kind == 1 || kind == 3) found->second -= sqlite3_column_int(s, 3);
+    });
+    sqlite3_finalize(s);
+    for (const auto& [id, sum] : zankin) sink_ += id + sum;
     std::swap(db, db_);
     sqlite3_close(db);
 }
@@ -107,7 +155,7 @@ void Floor::insertItem(const char* sql, int64_t sisan, int64_t kind, int64_t par
     sqlite3_bind_int(s, 8, static_cast<int>(idouId));
     sqlite3_bind_int(s, 9, 1200);
     sqlite3_bind_text(s, 10, "bench", -1, SQLITE_TRANSIENT);
-    sqlite3_step(s);
+    expectDone(sqlite3_step(s), db_);
     sqlite3_finalize(s);
 }
 

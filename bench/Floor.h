@@ -12,7 +12,7 @@ public:
     explicit Floor(const std::string& path);
     ~Floor();
 
-    void startup();                                     // open + assets + categories
+    void startupRecompute();  // open + assets + categories + every balance summed
     void readLedger(int64_t sisanId);                   // one asset's entries
     void readYears();
     void annualYear(int nen);                           // both grouped statements

@@ -41,7 +41,10 @@ bool run(sqlite3* db, const std::string& sql, std::string* error)
 {
     Statement st;
     int rc = sqlite3_prepare_v2(db, sql.c_str(), -1, &st.s, nullptr);
-    while (rc == SQLITE_OK && (rc = sqlite3_step(st.s)) == SQLITE_ROW) rc = SQLITE_OK;
+    if (rc == SQLITE_OK) {
+        do rc = sqlite3_step(st.s);
+        while (rc == SQLITE_ROW);
+    }
     if (rc == SQLITE_DONE) return true;
     *error = sql + ": " + sqlite3_errmsg(db);
     return false;

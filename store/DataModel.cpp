@@ -8,13 +8,16 @@
 #include "store/Provisioning.h"
 #include "store/Transaction.h"
 
-DataModel::DataModel(std::string path)
+DataModel::DataModel(std::string path, int busyTimeoutMs)
     : itemSortASC{{"Hizuke", true}, {"HimokuNo", true}, {"Nyuukin", true}, {"Syukkin", true}, {"Zankin", true}},
       annualTotalNameList{"収　入　計", "支　出　計", "差　引　合　計"},
-      strPath(std::move(path))
+      strPath(std::move(path)),
+      busyTimeoutMs(busyTimeoutMs)
 {
     openDB();
-    if (readFromSisanTable()) readFromHimokuTable();
+    // The stored balances lag behind the entries when the last run did not
+    // end cleanly: every screen shows the recomputed ones from the start.
+    if (readFromSisanTable() && readFromHimokuTable()) recomputeAllSisanZankin();
 }
 
 DataModel::~DataModel()
@@ -31,8 +34,14 @@ DataModel& DataModel::sharedInstance()
 
 void DataModel::openDB()
 {
-    if (sqlite3_open(strPath.c_str(), &db) != SQLITE_OK)
+    // The connection is only ever used from one thread, so SQLite's
+    // per-call locking of it is skipped (NOMUTEX).
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+    if (sqlite3_open_v2(strPath.c_str(), &db, flags, nullptr) != SQLITE_OK) {
         someMessageWithAlert(errorText("error open database : "), "stop the app");
+        return;
+    }
+    sqlite3_busy_timeout(db, busyTimeoutMs);
 }
 
 void DataModel::closeDB()
@@ -53,7 +62,7 @@ void DataModel::readValue()
 
 bool DataModel::bind_text(int index, const std::string& text)
 {
-    if (sqlite3_bind_text(stmt, index, text.c_str(), -1, SQLITE_TRANSIENT) == SQLITE_OK) return true;
+    if (stmt.bindText(index, text) == SQLITE_OK) return true;
     someMessageWithAlert(errorText("failure binding text: "));
     return false;
 }
@@ -64,7 +73,7 @@ bool DataModel::bind_int(int index, int64_t value)
         someMessageWithAlert("failure binding int: " + std::to_string(value) + " does not fit 32 bits");
         return false;
     }
-    if (sqlite3_bind_int(stmt, index, static_cast<int>(value)) == SQLITE_OK) return true;
+    if (stmt.bindInt(index, static_cast<int>(value)) == SQLITE_OK) return true;
     someMessageWithAlert(errorText("failure binding int: "));
     return false;
 }
@@ -81,24 +90,21 @@ std::string DataModel::errorText(const char* prefix) const
 
 bool DataModel::prepare(const std::string& sql, const char* failurePrefix, const char* informative)
 {
-    finalize();
-    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) == SQLITE_OK) return true;
+    if (stmt.prepare(db, sql)) return true;
     someMessageWithAlert(errorText(failurePrefix), informative);
-    finalize();
     return false;
 }
 
 bool DataModel::stepDone(const char* failurePrefix, const char* informative)
 {
-    if (sqlite3_step(stmt) == SQLITE_DONE) return true;
+    if (stmt.step() == Step::Done) return true;
     someMessageWithAlert(errorText(failurePrefix), informative);
     return false;
 }
 
 void DataModel::finalize()
 {
-    sqlite3_finalize(stmt);
-    stmt = nullptr;
+    stmt.finalize();
 }
 
 bool DataModel::runWrite(const std::string& sql, const char* preparePrefix, const char* prepareInformative,

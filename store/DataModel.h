@@ -11,9 +11,9 @@
 #include "store/Items.h"
 #include "store/MonthEndHistory.h"
 #include "store/Sisan.h"
+#include "store/Statement.h"
 
 struct sqlite3;
-struct sqlite3_stmt;
 class ItemsArena;
 class Transaction;
 
@@ -23,14 +23,23 @@ class Transaction;
 // through the message sink (MessageSink.h) and return false.
 //
 // Every write of several statements runs in one transaction: on a failure the
-// database and the in-memory lists are as they were before the call.
-// Integers outside the signed 32-bit range are refused before any write.
+// database and the in-memory lists are as they were before the call, and the
+// message is delivered after the transaction has closed. A read that meets an
+// error before the end of its rows fails with a message; nothing computed
+// from the rows it did get is kept. Amounts and other integers outside the
+// signed 32-bit range are refused before any write; balances are 64-bit.
 // Not thread-safe: one operation at a time, on one thread.
 class DataModel {
 public:
-    // Opens (creating if missing) the database file at path and reads the
-    // asset table, then the category table. Failures are reported, not thrown.
-    explicit DataModel(std::string path);
+    // How long a statement waits for another connection's lock (a backup
+    // tool, a sync client) before it fails as busy.
+    static constexpr int kBusyTimeoutMs = 5000;
+
+    // Opens (creating if missing) the database file at path, reads the asset
+    // table, then the category table, then recomputes every balance from the
+    // entries (recomputeAllSisanZankin). A statement waits busyTimeoutMs for
+    // another connection's lock. Failures are reported, not thrown.
+    explicit DataModel(std::string path, int busyTimeoutMs = kBusyTimeoutMs);
     // Finalizes any open statement and closes the connection.
     ~DataModel();
     DataModel(const DataModel&) = delete;
@@ -81,18 +90,20 @@ public:
 
     // ---- assets and balances ---------------------------------------------
     // Replaces sisanList, its maps and GrandTotalSisan with the table's rows
-    // and stored balances.
+    // and stored balances; on a failure the list is left empty.
     bool readFromSisanTable();
     // GrandTotalSisan := sum of the in-memory balances.
     void totalOfZankinFrom_sisanList();
-    // Recomputes every asset's in-memory balance from its entries: a re-read
-    // of the asset table brings back the stored copies, which lag behind the
-    // entries until the program ends. GrandTotalSisan follows.
+    // Sets every listed asset's balance to its opening amount plus the sum of
+    // its entries (one pass over the entries), GrandTotalSisan following, and
+    // writes the balances that changed into the table in one transaction. On
+    // a failed read the balances stay as they were; false after one message.
     bool recomputeAllSisanZankin();
     // Sets the in-memory balance of the asset with this Id.
     void updateSisanZankinList(int64_t id, int64_t zankin);
-    // Writes every in-memory balance to the table in one transaction. On a
-    // failure the assets before the failing one stay written; returns false.
+    // Writes every in-memory balance (64-bit) to the table in one
+    // transaction. On a failure the assets before the failing one stay
+    // written; returns false.
     bool updateSisanZankinTable();
     bool sisanInsert(const std::string& namae, int64_t syokiKingaku);
     bool sisanUpdate(int64_t id, const std::string& namae, int64_t syokiKingaku, int64_t zankin);
@@ -107,7 +118,8 @@ public:
 
     // ---- ledger entries and transfers -------------------------------------
     // Reads the asset's entries in date order with running balances into
-    // itemList and sets the asset's in-memory balance to the last one.
+    // itemList and sets the asset's in-memory balance to the last one. On a
+    // failure itemList is empty and the balance is left as it was.
     bool readFromItemsTable(int64_t sisanId);
     // One entry, or an empty pointer when there is none.
     std::shared_ptr<Items> readFromItem1Item(int64_t id);
@@ -170,14 +182,20 @@ public:
 
 private:
     sqlite3* db = nullptr;
-    sqlite3_stmt* stmt = nullptr;  // the statement in use; finalized before the next
+    Statement stmt;  // the statement in use; finalized before the next
     std::string strPath;
+    int busyTimeoutMs;
     std::shared_ptr<ItemsArena> itemsArena;  // storage of itemList's rows
 
     // Prepares sql into stmt; on failure reports prefix + SQLite's message.
     bool prepare(const std::string& sql, const char* failurePrefix, const char* informative);
     // Steps stmt once expecting completion; on failure reports prefix + SQLite's message.
     bool stepDone(const char* failurePrefix, const char* informative = "information");
+    // Steps stmt through all its rows, calling onRow() at each, then
+    // finalizes it. True only when the rows ended; a step that fails is
+    // reported as failurePrefix + SQLite's message and the read has failed.
+    template <typename OnRow>
+    bool readRows(const char* failurePrefix, const char* informative, OnRow onRow);
     void finalize();
     // prepare + stepDone + finalize for a statement without parameters.
     bool runWrite(const std::string& sql, const char* preparePrefix, const char* prepareInformative,
@@ -195,13 +213,16 @@ private:
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.
     bool rereadShownItems();
-    // Runs the ledger statement of the asset, calling onRow(kind, Nyuukin,
-    // Syukkin, running balance) per row in date order, then stores the
-    // asset's balance.
-    template <typename OnRow>
-    bool walkLedger(int64_t sisanId, OnRow onRow);
-    // The balance half of a ledger read: itemList is left as it is.
+    // Opening amount + sum of entries per listed asset, by position, from one
+    // pass over the entries; only the asset with onlySisanId when given.
+    bool sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* onlySisanId = nullptr);
+    // The balance of one asset from its entries; itemList is left as it is.
     bool recomputeSisanZankin(int64_t sisanId);
+    // Writes the balances of the assets at these positions in one transaction.
+    bool storeZankinOf(const std::vector<size_t>& positions);
+    // The UPDATE of one asset's stored balance.
+    bool updateZankinRow(const Sisan& sisan);
+    void clearSisanList();
     // The DELETE of an asset's rows and of the transfer rows naming it.
     bool deleteItemsOfSisan(int64_t sisanId);
     bool insertItemRow(const char* sql, const char* prepareMessage, const std::string& hizuke, int64_t nen,
@@ -211,8 +232,29 @@ private:
                          const char* prepareMessage, const char* stepMessage);
     bool renameRow(int64_t id, const std::string& namae, const char* preparePrefix, const char* stepPrefix);
     bool rereadAfterHimokuDelete();
+    // One side of the year into names and data, which a failure leaves as they were.
     bool readAnnualSide(const std::string& nen, const char* column, int kind, const char* prepareMessage,
-                        std::vector<std::string>& names, std::vector<std::vector<int64_t>>& data);
+                        const char* stepMessage, std::vector<std::string>& names,
+                        std::vector<std::vector<int64_t>>& data);
     void clearItemList();
     std::shared_ptr<ItemsArena> emptyItemsArena();
 };
+
+template <typename OnRow>
+bool DataModel::readRows(const char* failurePrefix, const char* informative, OnRow onRow)
+{
+    for (;;) {
+        switch (stmt.step()) {
+        case Step::Row:
+            onRow();
+            break;
+        case Step::Done:
+            finalize();
+            return true;
+        case Step::Error:
+            someMessageWithAlert(errorText(failurePrefix), informative);
+            finalize();
+            return false;
+        }
+    }
+}

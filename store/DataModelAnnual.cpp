@@ -1,7 +1,4 @@
 // DataModel: the annual aggregation behind the annual report.
-#include <sqlite3.h>
-
-#include "store/ColumnText.h"
 #include "store/DataModel.h"
 
 namespace {
@@ -46,39 +43,45 @@ bool DataModel::readYearsFromItemsTable()
     if (!prepare("SELECT DISTINCT Nen FROM Items ORDER BY Nen", "error prepare select distinct nen from item: ",
                  "stop the app"))
         return false;
-    yearsList.clear();
-    while (sqlite3_step(stmt) == SQLITE_ROW) yearsList.push_back(std::to_string(sqlite3_column_int(stmt, 0)));
-    finalize();
+    std::vector<std::string> years;
+    if (!readRows("error step select distinct nen from item: ", "stop the app",
+                  [&] { years.push_back(std::to_string(stmt.columnInt(0))); }))
+        return false;
+    yearsList = std::move(years);
     return true;
 }
 
 bool DataModel::readAnnualSide(const std::string& nen, const char* column, int kind, const char* prepareMessage,
-                               std::vector<std::string>& names, std::vector<std::vector<int64_t>>& data)
+                               const char* stepMessage, std::vector<std::string>& names,
+                               std::vector<std::vector<int64_t>>& data)
 {
     if (!isYearText(nen)) {
         someMessageWithAlert(std::string(prepareMessage) + "not a year: " + nen, "stop the app");
         return false;
     }
     if (!prepare(annualSql(nen, column, kind), prepareMessage, "stop the app")) return false;
-    names.clear();
-    data.clear();
-    while (sqlite3_step(stmt) == SQLITE_ROW) {
-        names.push_back(columnText(stmt, 0));
+    std::vector<std::string> readNames;
+    std::vector<std::vector<int64_t>> readData;
+    const bool read = readRows(stepMessage, "stop the app", [&] {
+        readNames.push_back(stmt.columnText(0));
         std::vector<int64_t> row(kCells);
-        for (size_t c = 0; c < kCells; ++c) row[c] = columnSum(stmt, static_cast<int>(c) + 1);
-        data.push_back(std::move(row));
-    }
-    finalize();
+        for (size_t c = 0; c < kCells; ++c) row[c] = stmt.columnSum(static_cast<int>(c) + 1);
+        readData.push_back(std::move(row));
+    });
+    if (!read) return false;
+    names = std::move(readNames);
+    data = std::move(readData);
     return true;
 }
 
 bool DataModel::annualInOutFromItemsTable(const std::string& nen)
 {
     if (!readAnnualSide(nen, "Nyuukin", kSyubetuSyuunyuu, "error prepare select annual income of nen from item: ",
-                        annualInNameList, annualInDataList))
+                        "error step select annual income of nen from item: ", annualInNameList, annualInDataList))
         return false;
     if (!readAnnualSide(nen, "Syukkin", kSyubetuSisyutu, "error prepare select annual spending of nen from item: ",
-                        annualOutNameList, annualOutDataList))
+                        "error step select annual spending of nen from item: ", annualOutNameList,
+                        annualOutDataList))
         return false;
     annualTotalDataList.assign(3, std::vector<int64_t>(kCells, 0));
     addInto(annualTotalDataList[0], annualInDataList);

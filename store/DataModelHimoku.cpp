@@ -1,5 +1,6 @@
 // DataModel: the category tree (categories and their sub-items).
-#include "store/ColumnText.h"
+#include <sqlite3.h>
+
 #include "store/DataModel.h"
 #include "store/Transaction.h"
 
@@ -19,15 +20,19 @@ bool DataModel::readFromHimokuTable()
     if (!prepare("SELECT * FROM Himoku ORDER BY SyubetuNo, Hno,Id", "error prepare selct from himoku: ",
                  "stop the app"))
         return false;
-    for (int64_t p = 0; sqlite3_step(stmt) == SQLITE_ROW; ++p) {
-        const int64_t id = sqlite3_column_int(stmt, 0);
-        himokuList.push_back(std::make_shared<Himoku>(id, sqlite3_column_int(stmt, 1), columnText(stmt, 2),
-                                                      sqlite3_column_int(stmt, 3), sqlite3_column_int(stmt, 4)));
-        himokuId2Idx[id] = p;
+    const bool read = readRows("error step selct from himoku: ", "stop the app", [this] {
+        const int64_t id = stmt.columnInt(0);
+        himokuId2Idx[id] = static_cast<int64_t>(himokuList.size());
         himokuIdx2Id.push_back(id);
-    }
-    finalize();
-    return true;
+        himokuList.push_back(std::make_shared<Himoku>(id, stmt.columnInt(1), stmt.columnText(2), stmt.columnInt(3),
+                                                      stmt.columnInt(4)));
+    });
+    if (read) return true;
+    // A tree cut short would lose sub-items from the lists and counts.
+    himokuList.clear();
+    himokuId2Idx.clear();
+    himokuIdx2Id.clear();
+    return false;
 }
 
 bool DataModel::insertHimokuRow(int64_t syubetuNo, const std::string& namae, int64_t hno, int64_t ucount,

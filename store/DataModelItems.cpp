@@ -1,5 +1,6 @@
 // DataModel: ledger entries and transfers.
-#include "store/ColumnText.h"
+#include <sqlite3.h>
+
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "store/ItemsArena.h"
@@ -17,9 +18,6 @@ const char* const kInsertIdouMoto =
 const char* const kInsertIdouSaki =
     "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Nyuukin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
 const char* const kInsertStepFailure = "failure inserting item Syukkin,Nyuukin: ";
-
-bool isOut(int64_t kind) { return kind == kSyubetuSisyutu || kind == kSyubetuIdouMoto; }
-bool isIn(int64_t kind) { return kind == kSyubetuSyuunyuu || kind == kSyubetuIdouSaki; }
 
 }  // namespace
 
@@ -42,83 +40,52 @@ std::shared_ptr<ItemsArena> DataModel::emptyItemsArena()
     return itemsArena;
 }
 
-template <typename OnRow>
-bool DataModel::walkLedger(int64_t sisanId, OnRow onRow)
+bool DataModel::readFromItemsTable(int64_t sisanId)
 {
+    clearItemList();
     const Sisan* sisan = findById(sisanList, sisanId2Idx, sisanId);
     if (!sisan) {
         someMessageWithAlert("error readFromItemTable", "stop the app");
         return false;
     }
-    int64_t zankin = sisan->SyokiKingaku;
     if (!prepare("SELECT * FROM Items WHERE SisanNo = " + std::to_string(sisanId) + " ORDER BY Hizuke",
                  "error prepare selct from item: ", "stop the app"))
         return false;
-    while (sqlite3_step(stmt) == SQLITE_ROW) {
-        const int64_t kind = sqlite3_column_int(stmt, 6);
-        const int64_t nyuukin = sqlite3_column_int(stmt, 10);
-        const int64_t syukkin = sqlite3_column_int(stmt, 11);
-        if (isOut(kind)) {
+    const std::shared_ptr<ItemsArena> arena = emptyItemsArena();
+    int64_t zankin = sisan->SyokiKingaku;
+    const bool read = readRows("error step selct from item: ", "stop the app", [&] {
+        const int64_t id = stmt.columnInt(0);
+        const int64_t kind = stmt.columnInt(6);
+        const int64_t himokuNo = stmt.columnInt(7);
+        const int64_t idouSisanNo = stmt.columnInt(8);
+        const int64_t nyuukin = stmt.columnInt(10);
+        const int64_t syukkin = stmt.columnInt(11);
+        if (isSyukkinKind(kind)) {
             zankin -= syukkin;
-        } else if (isIn(kind)) {
+        } else if (isNyuukinKind(kind)) {
             zankin += nyuukin;
         } else {
             someMessageWithAlert("error in readFromItemTable IntToStr");
         }
-        onRow(kind, nyuukin, syukkin, zankin);
-    }
-    finalize();
-    updateSisanZankinList(sisanId, zankin);
-    for (auto& flag : itemSortASC) flag.second = true;
-    return true;
-}
-
-bool DataModel::readFromItemsTable(int64_t sisanId)
-{
-    clearItemList();
-    const std::shared_ptr<ItemsArena> arena = emptyItemsArena();
-    const bool read = walkLedger(sisanId, [&](int64_t kind, int64_t nyuukin, int64_t syukkin, int64_t zankin) {
-        const int64_t id = sqlite3_column_int(stmt, 0);
-        const int64_t himokuNo = sqlite3_column_int(stmt, 7);
-        const int64_t idouSisanNo = sqlite3_column_int(stmt, 8);
         Items& item = arena->emplace(
-            id, columnText(stmt, 1), sqlite3_column_int(stmt, 2), sqlite3_column_int(stmt, 3),
-            sqlite3_column_int(stmt, 4), sqlite3_column_int(stmt, 5), kind, himokuNo, idouSisanNo,
-            sqlite3_column_int(stmt, 9), nyuukin, syukkin, columnText(stmt, 12),
+            id, stmt.columnText(1), stmt.columnInt(2), stmt.columnInt(3), stmt.columnInt(4), stmt.columnInt(5),
+            kind, himokuNo, idouSisanNo, stmt.columnInt(9), nyuukin, syukkin, stmt.columnText(12),
             getHimokuNamaeFromHimokuRowNo(kind, himokuNo, idouSisanNo),
-            isIn(kind) ? formatWithGrouping(nyuukin) : std::string(),
-            isOut(kind) ? formatWithGrouping(syukkin) : std::string(), zankin);
+            isNyuukinKind(kind) ? formatWithGrouping(nyuukin) : std::string(),
+            isSyukkinKind(kind) ? formatWithGrouping(syukkin) : std::string(), zankin);
         itemList.push_back(std::shared_ptr<Items>(arena, &item));
         itemIdx2Id.push_back(id);
     });
+    if (!read) {
+        // A ledger cut short would show wrong running balances: show none,
+        // and keep the asset's balance as it was.
+        clearItemList();
+        return false;
+    }
     arena->releaseUnused();
     itemId2Idx.assignPositions(itemIdx2Id);
-    return read;
-}
-
-bool DataModel::recomputeSisanZankin(int64_t sisanId)
-{
-    return walkLedger(sisanId, [](int64_t, int64_t, int64_t, int64_t) {});
-}
-
-bool DataModel::recomputeAllSisanZankin()
-{
-    // One sequential pass over the table instead of one ledger walk per
-    // asset; the kinds count as in a ledger read.
-    if (!prepare("SELECT SisanNo, SyubetuNo, Nyuukin, Syukkin FROM Items", "error prepare sum of items: ",
-                 "information"))
-        return false;
-    std::vector<int64_t> net(sisanList.size(), 0);
-    while (sqlite3_step(stmt) == SQLITE_ROW) {
-        const int64_t* position = sisanId2Idx.find(sqlite3_column_int(stmt, 0));
-        if (!position) continue;
-        const int64_t kind = sqlite3_column_int(stmt, 1);
-        if (isIn(kind)) net[static_cast<size_t>(*position)] += sqlite3_column_int(stmt, 2);
-        if (isOut(kind)) net[static_cast<size_t>(*position)] -= sqlite3_column_int(stmt, 3);
-    }
-    finalize();
-    for (size_t p = 0; p < sisanList.size(); ++p) sisanList[p]->Zankin = sisanList[p]->SyokiKingaku + net[p];
-    totalOfZankinFrom_sisanList();
+    updateSisanZankinList(sisanId, zankin);
+    for (auto& flag : itemSortASC) flag.second = true;
     return true;
 }
 
@@ -138,19 +105,17 @@ std::shared_ptr<Items> DataModel::readFromItem1Item(int64_t id)
                  "stop the app"))
         return nullptr;
     std::shared_ptr<Items> item;
-    if (sqlite3_step(stmt) == SQLITE_ROW) {
-        const int64_t kind = sqlite3_column_int(stmt, 6);
-        const int64_t himokuNo = sqlite3_column_int(stmt, 7);
-        const int64_t idouSisanNo = sqlite3_column_int(stmt, 8);
-        item = std::make_shared<Items>(
-            sqlite3_column_int(stmt, 0), columnText(stmt, 1), sqlite3_column_int(stmt, 2),
-            sqlite3_column_int(stmt, 3), sqlite3_column_int(stmt, 4), sqlite3_column_int(stmt, 5), kind,
-            himokuNo, idouSisanNo, sqlite3_column_int(stmt, 9), sqlite3_column_int(stmt, 10),
-            sqlite3_column_int(stmt, 11), columnText(stmt, 12),
-            getHimokuNamaeFromHimokuRowNo(kind, himokuNo, idouSisanNo), "", "", 0);
-    }
-    finalize();
-    return item;
+    const bool read = readRows("error step selct from item: ", "stop the app", [&] {
+        const int64_t kind = stmt.columnInt(6);
+        const int64_t himokuNo = stmt.columnInt(7);
+        const int64_t idouSisanNo = stmt.columnInt(8);
+        item = std::make_shared<Items>(stmt.columnInt(0), stmt.columnText(1), stmt.columnInt(2), stmt.columnInt(3),
+                                       stmt.columnInt(4), stmt.columnInt(5), kind, himokuNo, idouSisanNo,
+                                       stmt.columnInt(9), stmt.columnInt(10), stmt.columnInt(11),
+                                       stmt.columnText(12),
+                                       getHimokuNamaeFromHimokuRowNo(kind, himokuNo, idouSisanNo), "", "", 0);
+    });
+    return read ? item : nullptr;
 }
 
 std::string DataModel::getHimokuNamaeFromHimokuRowNo(int64_t syubetuNo, int64_t himokuNo, int64_t idouSisanNo)

@@ -1,27 +1,30 @@
 // DataModel: assets and balances.
-#include "store/ColumnText.h"
 #include "store/DataModel.h"
 #include "store/FindById.h"
-#include "store/Transaction.h"
 
-bool DataModel::readFromSisanTable()
+void DataModel::clearSisanList()
 {
     GrandTotalSisan = 0;
     sisanList.clear();
     sisanId2Idx.clear();
     sisanIdx2Id.clear();
+}
+
+bool DataModel::readFromSisanTable()
+{
+    clearSisanList();
     if (!prepare("SELECT * FROM Sisan", "error prepare selct from sisan: ", "stop the app")) return false;
-    for (int64_t p = 0; sqlite3_step(stmt) == SQLITE_ROW; ++p) {
-        const int64_t id = sqlite3_column_int(stmt, 0);
-        const int64_t zankin = sqlite3_column_int(stmt, 3);
+    const bool read = readRows("error step selct from sisan: ", "stop the app", [this] {
+        const int64_t id = stmt.columnInt(0);
+        const int64_t zankin = stmt.columnInt64(3);
         GrandTotalSisan += zankin;
-        sisanList.push_back(
-            std::make_shared<Sisan>(id, columnText(stmt, 1), sqlite3_column_int(stmt, 2), zankin));
-        sisanId2Idx[id] = p;
+        sisanId2Idx[id] = static_cast<int64_t>(sisanList.size());
         sisanIdx2Id.push_back(id);
-    }
-    finalize();
-    return true;
+        sisanList.push_back(std::make_shared<Sisan>(id, stmt.columnText(1), stmt.columnInt(2), zankin));
+    });
+    // A list cut short would have its missing assets written back as gone.
+    if (!read) clearSisanList();
+    return read;
 }
 
 void DataModel::totalOfZankinFrom_sisanList()
@@ -37,28 +40,6 @@ void DataModel::updateSisanZankinList(int64_t id, int64_t zankin)
         return;
     }
     someMessageWithAlert("error updateSisanZankinList");
-}
-
-bool DataModel::updateSisanZankinTable()
-{
-    // One transaction so that the whole write costs one disk sync. What was
-    // written before a failure is still committed: the balances are
-    // independent of each other.
-    Transaction tx(db);
-    for (const auto& sisan : sisanList) {
-        if (!allFitInt32({sisan->Zankin, sisan->Id})) {
-            tx.commit();
-            return false;
-        }
-        const std::string sql =
-            "UPDATE Sisan SET Zankin=" + std::to_string(sisan->Zankin) + " WHERE Id=" + std::to_string(sisan->Id);
-        if (!runWrite(sql, "error prepare update sisan: ", "stop the app", "failure updating sisan Zankin: ")) {
-            tx.commit();
-            return false;
-        }
-    }
-    if (tx.began() && !commitOrReport(tx)) return false;
-    return true;
 }
 
 bool DataModel::sisanInsert(const std::string& namae, int64_t syokiKingaku)
@@ -77,7 +58,7 @@ bool DataModel::sisanInsert(const std::string& namae, int64_t syokiKingaku)
 
 bool DataModel::sisanUpdate(int64_t id, const std::string& namae, int64_t syokiKingaku, int64_t zankin)
 {
-    if (!allFitInt32({id, syokiKingaku, zankin})) return false;
+    if (!allFitInt32({id, syokiKingaku})) return false;
     const std::string sql = "UPDATE Sisan SET Namae= ? , SyokiKingaku=" + std::to_string(syokiKingaku) +
                             " , Zankin=" + std::to_string(zankin) + " WHERE Id=" + std::to_string(id);
     if (!prepare(sql, "error prepare update sisan: ", "stop the app")) return false;

@@ -68,8 +68,8 @@ void IdIndexMap::assignPositions(const std::vector<int64_t>& ids)
 
 void IdIndexMap::grow()
 {
-    std::vector<int64_t> oldIds = std::move(ids_);
-    std::vector<int64_t> oldPositions = std::move(positions_);
+    Slots oldIds = std::move(ids_);
+    Slots oldPositions = std::move(positions_);
     const size_t capacity = oldIds.empty() ? 16 : 2 * oldIds.size();
     ids_.assign(capacity, kFree);
     positions_.assign(capacity, 0);

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "store/LargeBlock.h"
+
 // A map from a row Id to the row's position in a list. Open addressing over
 // two flat arrays: a ledger of hundreds of thousands of rows is mapped with
 // two allocations instead of one node per row.
@@ -24,8 +26,9 @@ public:
 
 private:
     static constexpr int64_t kFree = INT64_MIN;  // no Id of a 32-bit column takes this value
-    std::vector<int64_t> ids_;
-    std::vector<int64_t> positions_;
+    using Slots = std::vector<int64_t, LargeBlockAllocator<int64_t>>;
+    Slots ids_;
+    Slots positions_;
     size_t size_ = 0;
     unsigned shift_ = 64;
 

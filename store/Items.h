@@ -11,6 +11,10 @@ enum : int64_t {
     kSyubetuIdouSaki = 4,  // transfer, destination row (money enters), amount in Nyuukin
 };
 
+// Kinds whose amount enters the asset's balance (Nyuukin) or leaves it (Syukkin).
+inline bool isNyuukinKind(int64_t kind) { return kind == kSyubetuSyuunyuu || kind == kSyubetuIdouSaki; }
+inline bool isSyukkinKind(int64_t kind) { return kind == kSyubetuSisyutu || kind == kSyubetuIdouMoto; }
+
 // One ledger entry. The first thirteen fields are the columns of the Items
 // table in order (a NULL column reads as 0); the last four are filled by the
 // ledger read for display.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "store/Items.h"
+#include "store/LargeBlock.h"
 
 // Storage for the rows of one ledger read, in chunks that grow with the
 // ledger. itemList holds aliasing pointers into it, so a ledger of 400,000
@@ -45,7 +46,8 @@ public:
     }
 
 private:
-    static constexpr size_t kMaxChunk = 16384;
-    std::vector<std::vector<Items>> chunks_;
+    using Chunk = std::vector<Items, LargeBlockAllocator<Items>>;
+    static constexpr size_t kMaxChunk = 16384;  // 4 MiB of rows
+    std::vector<Chunk> chunks_;
     size_t current_ = 0;
 };

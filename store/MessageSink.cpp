@@ -1,6 +1,8 @@
 #include "store/MessageSink.h"
 
 #include <cstdio>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -15,6 +17,18 @@ MessageSink& currentSink()
     return sink;
 }
 
+// Messages raised while a hold exists, and the number of holds.
+struct Held {
+    std::vector<std::pair<std::string, std::string>> messages;
+    int holds = 0;
+};
+
+Held& held()
+{
+    static Held h;
+    return h;
+}
+
 }  // namespace
 
 void setMessageSink(MessageSink sink)
@@ -24,5 +38,20 @@ void setMessageSink(MessageSink sink)
 
 void deliverMessage(const std::string& message, const std::string& informative)
 {
+    if (held().holds > 0) {
+        held().messages.emplace_back(message, informative);
+        return;
+    }
     currentSink()(message, informative);
+}
+
+MessageHold::MessageHold()
+{
+    ++held().holds;
+}
+
+MessageHold::~MessageHold()
+{
+    if (--held().holds > 0) return;
+    for (const auto& [message, informative] : std::exchange(held().messages, {})) currentSink()(message, informative);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "store/MessageSink.h"
+
 struct sqlite3;
 
 // Runs one SQL statement that returns no rows (BEGIN, COMMIT, ...) on its own
@@ -8,7 +10,9 @@ bool runControlStatement(sqlite3* db, const char* sql);
 
 // A write transaction for one store operation: BEGIN in the constructor,
 // commit() makes it durable, and the destructor rolls back whatever was not
-// committed, so every early return leaves the database as it was.
+// committed, so every early return leaves the database as it was. Messages
+// raised while it exists are delivered after it has closed (committed or
+// rolled back), never while it holds the book's write lock.
 class Transaction {
 public:
     explicit Transaction(sqlite3* db);
@@ -23,6 +27,7 @@ public:
     bool commit();
 
 private:
+    MessageHold hold_;  // destroyed after the destructor's ROLLBACK
     sqlite3* db_;
     bool open_;
 };

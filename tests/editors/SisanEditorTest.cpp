@@ -13,8 +13,8 @@ protected:
     void SetUp() override
     {
         EditorFixture::SetUp();
-        saifu = addSisan("財布", 1000, 0);
-        ginkou = addSisan("銀行", 500, 0);
+        saifu = addSisan("財布", 1000, 600);
+        ginkou = addSisan("銀行", 500, 750);
         const int64_t food = addCategory(1, "食費") + 1;
         addEntry(saifu, "2024-01-01", 1, food, 100);
         addEntry(ginkou, "2024-01-02", 1, food, 50);
@@ -51,7 +51,7 @@ TEST_F(SisanEditorTest, AddEditAndDeleteReachTheBookAndTheMainWindowFollowsOnClo
     type("txtSisanKoumokuNamae", "カード");
     type("txtSisanKoumokuSyokikingaku", " 1,200 ");
     QTest::keyClick(find<QLineEdit>("txtSisanKoumokuSyokikingaku"), Qt::Key_Return);
-    EXPECT_EQ(dump("Sisan"), "Sisan:\n1|財布|1000|0|\n2|銀行|500|0|\n3|カード|1200|1200|\n");
+    EXPECT_EQ(dump("Sisan"), "Sisan:\n1|財布|1000|600|\n2|銀行|500|750|\n3|カード|1200|1200|\n");
     EXPECT_EQ(text("txtSisanKoumokuNamae") + text("txtSisanKoumokuSyokikingaku"), "");
     EXPECT_EQ(boxTitle("sisanKoumokuBox"), "(hidden)");
 
@@ -63,7 +63,7 @@ TEST_F(SisanEditorTest, AddEditAndDeleteReachTheBookAndTheMainWindowFollowsOnClo
     EXPECT_EQ(text("txtSisanKoumokuNamae") + "|" + text("txtSisanKoumokuSyokikingaku"), "財布|1,000");
     type("txtSisanKoumokuSyokikingaku", "3000");
     click("btnSisanKoumokuOKTitle");
-    EXPECT_EQ(dump("Sisan"), "Sisan:\n1|財布|3000|3000|\n2|銀行|500|0|\n3|カード|1200|1200|\n");
+    EXPECT_EQ(dump("Sisan"), "Sisan:\n1|財布|3000|3000|\n2|銀行|500|750|\n3|カード|1200|1200|\n");
     EXPECT_TRUE(find<QTableView>("tblSisanKoumoku")->selectionModel()->selectedRows().isEmpty());
 
     // Deleting 銀行, the asset the main window shows, takes the partner row

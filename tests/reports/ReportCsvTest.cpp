@@ -52,8 +52,8 @@ TEST_F(ReportCsvTest, NegativeCellsArePlainAndALabelWithACommaIsNotQuoted)
 TEST_F(ReportCsvTest, TheAssetExampleAndAnEmptyBookComeOutByteForByte)
 {
     EXPECT_EQ(sisanReportCsv(open(), kStamp), "資産レポート ,\u30002019年01月15日\n名 称 , 金　額 \n合計 , 0 \n");
-    addSisan("現金", 0, 12000);
-    addSisan("普通預金", 0, -3000);
+    addSisan("現金", 12000, 12000);
+    addSisan("普通預金", -3000, -3000);
     EXPECT_EQ(sisanReportCsv(open(), kStamp), kSisanExample);
 }
 

@@ -216,8 +216,8 @@ TEST_F(ReportWindowsTest, TheAssetReportShowsTheBalancesAndWritesThemAsCsvAndPdf
         press(empty, "btnSisanPDF", "empty");
         expectPdf(dir + "/empty.pdf", "590 x 840 pts", 1, {"資産レポート", "2019年01月15日", "金額（円）", "0円"});
     }
-    addSisan("現金", 0, 12000);
-    addSisan("普通預金", 0, -3000);
+    addSisan("現金", 12000, 12000);
+    addSisan("普通預金", -3000, -3000);
     SisanReportViewController window(open());
     window.show();
     new QAbstractItemModelTester(in<QTableView>(window, "tblReportSisan")->model(), &window);

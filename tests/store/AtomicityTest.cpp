@@ -1,6 +1,10 @@
 #include "tests/store/StoreFixture.h"
 
+#include <sqlite3.h>
+
 #include <functional>
+
+#include "store/MessageSink.h"
 
 namespace {
 
@@ -23,6 +27,11 @@ protected:
     void SetUp() override
     {
         StoreFixture::SetUp();
+        // A message shown while the store still holds its write lock would
+        // keep every other program out of the book until it is dismissed.
+        setMessageSink([this](const std::string& m, const std::string& i) {
+            messages.emplace_back(m + (bookIsWritable() ? "" : " [book locked]"), i);
+        });
         addSisan("S", 10000, 10000);
         addSisan("T", 500, 500);
         addCategory(1, "食費", {"外食"});
@@ -35,6 +44,12 @@ protected:
         DataModel& dm = open();
         ASSERT_TRUE(dm.readFromItemsTable(2));
         ASSERT_TRUE(dm.readFromItemsTable(1));
+    }
+
+    bool bookIsWritable()
+    {
+        if (sqlite3_exec(side, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) != SQLITE_OK) return false;
+        return sqlite3_exec(side, "ROLLBACK", nullptr, nullptr, nullptr) == SQLITE_OK;
     }
 
     // Everything the screens read from the store, as text.

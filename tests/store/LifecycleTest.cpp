@@ -82,10 +82,7 @@ TEST_F(LifecycleTest, ValuesOutsideThirtyTwoBitsAreRefusedBeforeAnythingIsWritte
         [&](DataModel& d) { return d.sisanInsert("C", over); },
         [&](DataModel& d) { return d.itemIdouSisanInsert("2024-01-02", 2024, 1, 2, a, 3, b, under, ""); },
         [&](DataModel& d) { return d.itemUpdate(entry, "2024-01-02", 2024, 1, 2, a, 1, 2, over, ""); },
-        [&](DataModel& d) {
-            d.sisanList[0]->Zankin = over;
-            return d.updateSisanZankinTable();
-        },
+        [&](DataModel& d) { return d.sisanUpdate(a, "A", over, 0); },
     };
     for (size_t i = 0; i < writes.size(); ++i) {
         SCOPED_TRACE(i);

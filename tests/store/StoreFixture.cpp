@@ -30,10 +30,10 @@ void StoreFixture::TearDown()
     std::filesystem::remove_all(dir);
 }
 
-DataModel& StoreFixture::open()
+DataModel& StoreFixture::open(int busyTimeoutMs)
 {
     store.reset();
-    store = std::make_unique<DataModel>(path);
+    store = std::make_unique<DataModel>(path, busyTimeoutMs);
     return *store;
 }
 
@@ -59,13 +59,15 @@ std::string StoreFixture::dump(const std::string& table)
     std::string out = table + ":\n";
     EXPECT_EQ(sqlite3_prepare_v2(side, ("SELECT * FROM " + table + " ORDER BY Id").c_str(), -1, &s, nullptr),
               SQLITE_OK);
-    while (sqlite3_step(s) == SQLITE_ROW) {
+    int rc;
+    for (rc = sqlite3_step(s); rc == SQLITE_ROW; rc = sqlite3_step(s)) {
         for (int c = 0; c < sqlite3_column_count(s); ++c) {
             const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(s, c));
             out += std::string(text ? text : "NULL") + "|";
         }
         out += '\n';
     }
+    EXPECT_EQ(rc, SQLITE_DONE) << sqlite3_errmsg(side);
     sqlite3_finalize(s);
     return out;
 }

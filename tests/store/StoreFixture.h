@@ -35,7 +35,7 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    DataModel& open();  // a new store on the book
+    DataModel& open(int busyTimeoutMs = DataModel::kBusyTimeoutMs);  // a new store on the book
     void exec(const std::string& sql);
     int64_t scalar(const std::string& sql);  // first column of the first row
     // Every row of a table as text, in Id order: to compare before and after.

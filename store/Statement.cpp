@@ -1,0 +1,61 @@
+#include "store/Statement.h"
+
+#include <sqlite3.h>
+
+bool Statement::prepare(sqlite3* db, const std::string& sql)
+{
+    finalize();
+    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt_, nullptr) == SQLITE_OK) return true;
+    finalize();
+    return false;
+}
+
+Step Statement::step()
+{
+    switch (sqlite3_step(stmt_)) {
+    case SQLITE_ROW:
+        return Step::Row;
+    case SQLITE_DONE:
+        return Step::Done;
+    default:
+        return Step::Error;
+    }
+}
+
+void Statement::finalize()
+{
+    sqlite3_finalize(stmt_);
+    stmt_ = nullptr;
+}
+
+int Statement::bindText(int index, const std::string& text)
+{
+    return sqlite3_bind_text(stmt_, index, text.c_str(), -1, SQLITE_TRANSIENT);
+}
+
+int Statement::bindInt(int index, int value)
+{
+    return sqlite3_bind_int(stmt_, index, value);
+}
+
+int64_t Statement::columnInt(int column) const
+{
+    return sqlite3_column_int(stmt_, column);
+}
+
+int64_t Statement::columnInt64(int column) const
+{
+    return sqlite3_column_int64(stmt_, column);
+}
+
+std::string Statement::columnText(int column) const
+{
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
+    return text ? std::string(text, static_cast<size_t>(sqlite3_column_bytes(stmt_, column))) : std::string();
+}
+
+int64_t Statement::columnSum(int column) const
+{
+    const std::string text = columnText(column);
+    return text.empty() ? 0 : std::stoll(text);
+}
