@@ -1,10 +1,7 @@
 // DataModel: the month-end balances of every asset, for the asset history chart.
-#include <sqlite3.h>
-
 #include <algorithm>
 #include <limits>
 
-#include "store/ColumnText.h"
 #include "store/DataModel.h"
 
 namespace {
@@ -55,21 +52,14 @@ bool DataModel::sisanHistoryFromItemsTable(int64_t nen, int64_t tuki)
     if (!prepare(kMonthlySumsSql, "error prepare select monthly sums from item: ", "stop the app")) return false;
     std::vector<MonthlySum> sums;
     int64_t firstMonth = std::numeric_limits<int64_t>::max();
-    int step;
-    while ((step = sqlite3_step(stmt)) == SQLITE_ROW) {
-        const int64_t* row = sisanId2Idx.find(sqlite3_column_int64(stmt, 0));
-        if (!row) continue;  // rows of an asset that is no longer listed
-        const int64_t month = monthNumber(sqlite3_column_int64(stmt, 1),
-                                          std::clamp<int64_t>(sqlite3_column_int64(stmt, 2), 1, 12));
-        sums.push_back({static_cast<size_t>(*row), month, columnSum(stmt, 3)});
+    const bool read = readRows("error step select monthly sums from item: ", "stop the app", [&] {
+        const int64_t* row = sisanId2Idx.find(stmt.columnInt64(0));
+        if (!row) return;  // rows of an asset that is no longer listed
+        const int64_t month = monthNumber(stmt.columnInt64(1), std::clamp<int64_t>(stmt.columnInt64(2), 1, 12));
+        sums.push_back({static_cast<size_t>(*row), month, stmt.columnSum(3)});
         firstMonth = std::min(firstMonth, month);
-    }
-    if (step != SQLITE_DONE) {
-        someMessageWithAlert(errorText("error step select monthly sums from item: "), "stop the app");
-        finalize();
-        return false;
-    }
-    finalize();
+    });
+    if (!read) return false;
     if (sums.empty()) {
         sisanHistory = MonthEndHistory{};
         return true;
