@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "app/AppDelegate.h"
+#include "app/CommandLine.h"
 #include "app/QuitOnSignal.h"
 #include "app/ViewController.h"
 #include "store/DataModel.h"
@@ -25,6 +26,20 @@ bool hasDisplay()
 
 int main(int argc, char** argv)
 {
+    const CommandLine line = parseCommandLine(argc, argv);
+    switch (line.action) {
+    case CommandLine::Action::Help:
+        std::fputs(usageText(argv[0]).c_str(), stdout);
+        return 0;
+    case CommandLine::Action::Version:
+        std::puts("Zenvora " ZENVORA_VERSION);
+        return 0;
+    case CommandLine::Action::Error:
+        std::fprintf(stderr, "%s: %s\n%s", argv[0], line.error.c_str(), usageText(argv[0]).c_str());
+        return 2;
+    case CommandLine::Action::Run:
+        break;
+    }
     if (!hasDisplay()) {
         std::fprintf(stderr,
                      "Zenvora is a desktop application and needs a graphical display (DISPLAY or WAYLAND_DISPLAY).\n"
