@@ -1,8 +1,10 @@
 #include "app/AppDelegate.h"
 
 #include <QEvent>
+#include <cstdio>
 
 #include "store/DataModel.h"
+#include "store/MessageSink.h"
 
 AppDelegate::AppDelegate(DataModel& dm, QObject* parent) : QObject(parent), DM(dm) {}
 
@@ -10,7 +12,12 @@ void AppDelegate::applicationWillTerminate()
 {
     if (terminated) return;
     terminated = true;
-    if (!DM.updateSisanZankinTable()) DM.someMessageWithAlert("Zenvora.app:failure  terminating!!", "information");
+    if (unattended) setMessageSink({});  // the store's own messages go to standard error too
+    if (DM.updateSisanZankinTable()) return;
+    if (unattended)
+        std::fprintf(stderr, "Zenvora.app:failure  terminating!!\n");
+    else
+        DM.someMessageWithAlert("Zenvora.app:failure  terminating!!", "information");
 }
 
 void AppDelegate::watch(QObject* window)

@@ -14,9 +14,14 @@ public:
     void applicationDidFinishLaunching() {}
     // Closing the main window ends the application.
     static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
-    // Writes every asset's balance; on failure says so in a message box. Runs
-    // once: later calls do nothing.
+    // Writes every asset's balance; on failure says so in a message box, or
+    // on standard error once the end was announced as unattended. Runs once:
+    // later calls do nothing.
     void applicationWillTerminate();
+    // The end comes from a signal or the session ending: nobody may be there
+    // to dismiss a message box, and the session waits for the process, so
+    // failures are printed instead of shown.
+    void terminationIsUnattended() { unattended = true; }
     // Runs applicationWillTerminate when this window closes, while the
     // event loop still runs so that a message can be shown.
     void watch(QObject* mainWindow);
@@ -28,4 +33,5 @@ private:
     DataModel& DM;
     QObject* mainWindow = nullptr;
     bool terminated = false;
+    bool unattended = false;
 };

@@ -21,13 +21,14 @@ void onSignal(int)
 
 }  // namespace
 
-void quitOnTerminationSignals()
+void quitOnTerminationSignals(std::function<void()> beforeQuit)
 {
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) != 0) return;
     auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, QCoreApplication::instance());
-    QObject::connect(notifier, &QSocketNotifier::activated, [] {
+    QObject::connect(notifier, &QSocketNotifier::activated, [beforeQuit] {
         char byte;
         [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &byte, 1);
+        if (beforeQuit) beforeQuit();
         QCoreApplication::quit();
     });
     struct sigaction action = {};

@@ -10,6 +10,10 @@
 
 #include "ui/ListTableModel.h"
 #include "app/StoreTableModels.h"
+#include "editors/PrefsHimokuViewController.h"
+#include "editors/PrefsSisanViewController.h"
+#include "reports/AnnualReportViewController.h"
+#include "reports/SisanReportViewController.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
 #include "ui/Clock.h"
@@ -103,11 +107,10 @@ void ViewController::wireActions()
         connect(kind, &QAbstractButton::clicked, this, [this, kind] { rdbtnSelected(kind); });
     connect(ui->btnItemDataOK, &QPushButton::clicked, this, &ViewController::btnItemDataOK);
     connect(ui->btnItemDataCancel, &QPushButton::clicked, this, &ViewController::btnItemDataCancel);
-    for (const auto key : {Qt::Key_Return, Qt::Key_Enter})
-        connect(new QShortcut(QKeySequence(key), ui->itemData, nullptr, nullptr, Qt::WidgetWithChildrenShortcut),
-                &QShortcut::activated, this, &ViewController::btnItemDataOK);
-    connect(new QShortcut(QKeySequence(Qt::Key_Escape), ui->itemData, nullptr, nullptr, Qt::WidgetWithChildrenShortcut),
-            &QShortcut::activated, this, &ViewController::btnItemDataCancel);
+    // Enter and Escape act on the panel only when its focused field lets
+    // them pass (panelKeyPressed): shortcuts would take them even from an
+    // open pop-up list or calendar.
+    ui->itemData->installEventFilter(this);
 
     connect(ui->btnNewItem, &QPushButton::clicked, this, &ViewController::newItem);
     connect(ui->btnEditUpdateItem, &QPushButton::clicked, this, &ViewController::editUpdateItem);
@@ -120,8 +123,11 @@ void ViewController::wireActions()
 
     connect(ui->mnuShowPrefsSisan, &QAction::triggered, this, &ViewController::mnuShowPrefsSisan);
     connect(ui->mnuShowPrefsHimoku, &QAction::triggered, this, &ViewController::mnuShowPrefsHimoku);
-    ui->mnuShowPrefsSisan->setEnabled(false);
-    ui->mnuShowPrefsHimoku->setEnabled(false);
+    setSegueDestination(kSeguePrefsSisan, [this](QWidget* parent) { return new PrefsSisanViewController(DM, parent); });
+    setSegueDestination(kSeguePrefsHimoku,
+                        [this](QWidget* parent) { return new PrefsHimokuViewController(DM, parent); });
+    connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
+    connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
 }
 
@@ -151,6 +157,18 @@ void ViewController::mnuShowPrefsSisan()
 void ViewController::mnuShowPrefsHimoku()
 {
     performSegue(kSeguePrefsHimoku);
+}
+
+void ViewController::mnuShowAnnualReport()
+{
+    AnnualReportViewController report(DM, this);
+    report.exec();
+}
+
+void ViewController::mnuShowSisanReport()
+{
+    SisanReportViewController report(DM, this);
+    report.exec();
 }
 
 void ViewController::performSegue(const QString& identifier)
@@ -191,6 +209,7 @@ void ViewController::sisanKoumokuChanged(bool changed)
     } else {
         sisanSelected(static_cast<int>(DM.theSisanNo));
     }
+    dropVanishedEdit();
     refreshComboItems();
 }
 

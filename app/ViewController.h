@@ -14,6 +14,7 @@
 class DataModel;
 class ListTableModel;
 class QAbstractButton;
+class QKeyEvent;
 class QStringListModel;
 class QTableView;
 struct Sisan;
@@ -40,13 +41,18 @@ public:
     DataModel& DM;
 
     // Where each transition leads: a factory of the modal editor to show.
-    // An editor menu action stays disabled while its transition has none.
+    // The window starts with the asset and category editors; an editor menu
+    // action is disabled while its transition has none.
     using SegueDestination = std::function<ModalEditor*(QWidget* parent)>;
     void setSegueDestination(const QString& identifier, SegueDestination destination);
 
     // ---- frame --------------------------------------------------------------
     void mnuShowPrefsSisan();
     void mnuShowPrefsHimoku();
+    // Runs a report window modally: the asset report shows sisanList live,
+    // which the entry actions here re-read.
+    void mnuShowAnnualReport();
+    void mnuShowSisanReport();
     // Creates the transition's editor, prepares it and runs it modally.
     void performSegue(const QString& identifier);
     // Hands the editor this window as its delegate; "prepare failed" on
@@ -77,6 +83,9 @@ public:
     // The index of the first combo item with this Id.
     std::optional<int> comboBoxId2Idx(int64_t id) const;
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     std::unique_ptr<Ui::ViewController> ui;
     ListTableModel* sisanModel = nullptr;
@@ -88,6 +97,13 @@ private:
     std::vector<int64_t> cmbItemDataIdArray;
     std::vector<std::string> cmbItemDataNamae;
     int64_t theItemDataSyoriNo = 0;  // 1 new entry, 2 edit entry
+    // The entry an open edit updates, and its asset: fixed when the edit
+    // begins, whatever is selected until OK succeeds or Cancel is pressed.
+    struct EditedEntry {
+        int64_t sisanId;
+        int64_t itemId;
+    };
+    std::optional<EditedEntry> edited;
     bool selectingQuietly = false;   // a selection made by the code, not the user
 
     void viewDidLoad();
@@ -114,6 +130,13 @@ private:
     void itemDataSinki();
     void itemDataHensyuu();
     void openPanel(const QString& title, int64_t syoriNo);
+    // Hides the panel with any pop-up of it, ends an edit and gives the
+    // lists back.
+    void closePanel();
+    // Enter confirms the panel, Escape cancels it; true when the key was used.
+    bool panelKeyPressed(const QKeyEvent& key);
+    // After the editors changed the book: an edit whose entry is gone ends.
+    void dropVanishedEdit();
     void setListsEnabled(bool enabled);
     std::optional<int64_t> validatedKingaku();
     std::optional<int64_t> selectedComboId();

@@ -1,5 +1,7 @@
 // ViewController: the entry panel (new, edit and delete of entries).
+#include <QApplication>
 #include <QDate>
+#include <QKeyEvent>
 #include <QStringListModel>
 #include <QTableView>
 
@@ -123,8 +125,9 @@ void ViewController::editUpdateItem()
     }
     openPanel(QStringLiteral("編集更新"), 2);
     setListsEnabled(false);
-    // OK updates the entry loaded here, whatever the list does meanwhile.
+    // OK updates the entry loaded here, whatever the lists do meanwhile.
     theItemDataSelectedId = item->Id;
+    edited = EditedEntry{selectedSisan()->Id, item->Id};  // a listed entry implies a shown asset
     const bool sisyutu = item->SyubetuNo == kSyubetuSisyutu;
     (sisyutu ? ui->rdbSisyutu : ui->rdbSyuunyuu)->setChecked(true);
     setComboItemData(item->SyubetuNo);
@@ -140,7 +143,7 @@ void ViewController::editUpdateItem()
 
 void ViewController::deleteItem()
 {
-    ui->itemData->hide();
+    closePanel();  // a new entry or an edit in progress is abandoned
     const int row = selectedRow(ui->tblItem);
     if (row < 0) {
         someMessageWithAlert(QStringLiteral("データ行を選択してから削除してください。"));
@@ -166,8 +169,9 @@ void ViewController::deleteItem()
 
 void ViewController::btnItemDataOK()
 {
-    if (ui->itemData->isHidden()) return;  // Enter reaches here only through the shown panel
-    setListsEnabled(true);
+    if (ui->itemData->isHidden()) return;
+    // The lists stay as they are: a refused entry keeps the panel, and an
+    // edit its entry, until OK succeeds or Cancel is pressed.
     if (theItemDataSyoriNo == 1) {
         itemDataSinki();
     } else if (theItemDataSyoriNo == 2) {
@@ -187,8 +191,50 @@ void ViewController::resetPanelToExpense()
 
 void ViewController::btnItemDataCancel()
 {
-    setListsEnabled(true);
+    closePanel();
+}
+
+void ViewController::closePanel()
+{
+    // A pop-up is a window of its own: hiding the panel would leave it open.
+    if (QWidget* popup = QApplication::activePopupWidget()) {
+        QWidget* owner = popup;
+        while (owner && owner != ui->itemData) owner = owner->parentWidget();
+        if (owner) popup->close();
+    }
     ui->itemData->hide();
+    edited.reset();
+    setListsEnabled(true);
+}
+
+bool ViewController::eventFilter(QObject* watched, QEvent* event)
+{
+    // Keys reach the panel itself only when its focused field let them pass:
+    // an open pop-up list or calendar keeps Enter and Escape to itself.
+    if (watched == ui->itemData && event->type() == QEvent::KeyPress)
+        return panelKeyPressed(*static_cast<QKeyEvent*>(event));
+    return QMainWindow::eventFilter(watched, event);
+}
+
+bool ViewController::panelKeyPressed(const QKeyEvent& key)
+{
+    if ((key.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) return false;
+    switch (key.key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        btnItemDataOK();
+        return true;
+    case Qt::Key_Escape:
+        btnItemDataCancel();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void ViewController::dropVanishedEdit()
+{
+    if (edited && !DM.itemId2Idx.find(edited->itemId)) closePanel();
 }
 
 std::optional<int64_t> ViewController::validatedKingaku()
@@ -235,23 +281,28 @@ void ViewController::itemDataSinki()
                                      bikou);
     if (!stored) return;
     refreshAfterStore();
-    ui->itemData->hide();
+    closePanel();
 }
 
 void ViewController::itemDataHensyuu()
 {
-    const Sisan* sisan = selectedSisanOrSay();
-    if (!sisan) return;
+    if (!edited) return;
     const auto kingaku = validatedKingaku();
     if (!kingaku) return;
     const auto comboId = selectedComboId();
     if (!comboId) return;
     const DateFields d = dateFieldsOf(ui->itemDataDatePicker->date());
-    if (!DM.itemUpdate(theItemDataSelectedId, d.hizuke, d.nen, d.tuki, d.hi, sisan->Id, DM.theSyubetuNo, *comboId,
+    if (!DM.itemUpdate(edited->itemId, d.hizuke, d.nen, d.tuki, d.hi, edited->sisanId, DM.theSyubetuNo, *comboId,
                        *kingaku, ui->txtItemDataBikou->text().toStdString()))
         return;
+    // The store re-read the edited asset's ledger: show that asset with it.
+    const int64_t* row = DM.sisanId2Idx.find(edited->sisanId);
+    if (row && *row != DM.theSisanNo) {
+        selectSisanRowQuietly(static_cast<int>(*row));
+        sisanSelected(static_cast<int>(*row));
+    }
     refreshAfterStore();
-    ui->itemData->hide();
+    closePanel();
 }
 
 void ViewController::refreshAfterStore()

@@ -21,6 +21,7 @@
 #include "bench/Floor.h"
 #include "bench/Generator.h"
 #include "bench/MainWindowBench.h"
+#include "bench/ReportBench.h"
 #include "store/DataModel.h"
 #include "store/MessageSink.h"
 
@@ -159,6 +160,7 @@ int main(int argc, char** argv)
             });
     std::fprintf(stderr, "floor checksum %lld\n", static_cast<long long>(floor.checksum()));
 
+    benchReports(*dm, dir, runs);
     benchMainWindow(*dm, largest, ledger.secondSisanId, runs, argc, argv);
 
     dm.reset();

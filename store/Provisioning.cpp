@@ -121,13 +121,21 @@ std::string resourceDirectory()
 
 bool provisionResourceDirectory(const std::string& dir, std::string* error)
 {
+    return provisionBook((fs::path(dir) / "Zenvora.sql").string(), error);
+}
+
+bool provisionBook(const std::string& path, std::string* error)
+{
     if (error) error->clear();
     std::error_code ec;
+    const fs::path database = path;
+    const fs::path dir = database.parent_path();
     // A new resource directory is private to its owner, like the book in it.
-    if (fs::create_directories(dir, ec)) fs::permissions(dir, fs::perms::owner_all, ec);
-    if (ec) return fail(error, "cannot create " + dir + ": " + ec.message());
-    const fs::path database = fs::path(dir) / "Zenvora.sql";
-    if (!fs::exists(database, ec)) return createDatabase(database, error);
+    if (!dir.empty() && fs::create_directories(dir, ec)) fs::permissions(dir, fs::perms::owner_all, ec);
+    if (ec) return fail(error, "cannot create " + dir.string() + ": " + ec.message());
+    // An empty file is what an interrupted first start or `touch` leaves: it
+    // holds no data, so it is provisioned like a missing one.
+    if (!fs::exists(database, ec) || fs::file_size(database, ec) == 0) return createDatabase(database, error);
 
     Connection c;
     if (sqlite3_open_v2(database.c_str(), &c.db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)

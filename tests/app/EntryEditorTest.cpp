@@ -1,3 +1,4 @@
+#include <QApplication>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QGroupBox>
@@ -118,7 +119,7 @@ TEST_F(EntryEditorTest, TransfersAreCheckedForTheirDestinationBeforeTheAmount)
 TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
 {
     const int64_t in = addEntry(saifu, "2024-01-10", 2, kyuuyo, 500);
-    addEntry(saifu, "2024-01-20", 1, gaisyoku, 300);
+    const int64_t out = addEntry(saifu, "2024-01-20", 1, gaisyoku, 300);
     start();
 
     click("btnEditUpdateItem");
@@ -155,7 +156,8 @@ TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
     EXPECT_EQ(shown("tblItem"), (Rows{"2024-01-10|食費/外食||800|9,200", "2024-01-20|食費/外食||300|8,900"}));
     EXPECT_FALSE(panelShown());
 
-    // Switching an edit to a transfer stores nothing and keeps the panel, emptied.
+    // Switching an edit to a transfer stores nothing and keeps the panel,
+    // emptied, and the lists held.
     const std::string kept = dumpAll();
     selectRow("tblItem", 1);
     click("btnEditUpdateItem");
@@ -164,8 +166,22 @@ TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
     click("btnItemDataOK");
     EXPECT_EQ(dumpAll(), kept);
     EXPECT_TRUE(panelShown());
-    EXPECT_EQ(panel(), "編集更新|支出||||enabled");
+    EXPECT_EQ(panel(), "編集更新|支出||||disabled");
     EXPECT_TRUE(messages.empty());
+
+    // Whatever gets selected meanwhile, the edit stays with its asset and entry.
+    find<QTableView>("tblSisan")->selectRow(1);
+    ASSERT_EQ(label("lblSisanmei"), "銀行");
+    pickCombo("食費/外食");
+    type("txtItemDataKingaku", "50");
+    click("btnItemDataOK");
+    EXPECT_EQ(scalar("SELECT SisanNo * 1000 + Syukkin FROM Items WHERE Id=" + std::to_string(out)),
+              saifu * 1000 + 50);
+    EXPECT_EQ(shown("tblSisan"), (Rows{"財布|9,150", "銀行|0"}));
+    EXPECT_EQ(label("lblSisanmei"), "財布");
+    EXPECT_EQ(shown("tblItem").back(), "2024-01-20|食費/外食||50|9,150");
+    EXPECT_FALSE(panelShown());
+    EXPECT_TRUE(find<QTableView>("tblSisan")->isEnabled());
 }
 
 TEST_F(EntryEditorTest, DeletingAsksFirstAndTakesBothSidesOfATransfer)
@@ -230,6 +246,37 @@ TEST_F(EntryEditorTest, AStoreFailureKeepsThePanelAndTheData)
     EXPECT_TRUE(panelShown());
     EXPECT_EQ(dumpAll(), before);
     EXPECT_EQ(shown("tblItem"), Rows{});
+}
+
+TEST_F(EntryEditorTest, EnterAndEscapeInAPopUpActOnThePopUpOnly)
+{
+    start();
+    const std::string before = dumpAll();
+    click("btnNewItem");
+    type("txtItemDataKingaku", "1200");
+    auto* combo = find<QComboBox>("cmbItemDataHimomku");
+    auto* picker = find<QDateEdit>("itemDataDatePicker");
+    pickDate({2024, 5, 1});
+    // Escape closes the pop-up, Enter picks in it: the category list, then the calendar.
+    for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
+        combo->showPopup();
+        combo->view()->setCurrentIndex(combo->model()->index(1, 0));
+        QTest::keyClick(combo->view(), key);
+        EXPECT_FALSE(combo->view()->isVisible());
+
+        QTest::mouseClick(picker, Qt::LeftButton, {}, QPoint(picker->width() - 6, picker->height() / 2));
+        QWidget* calendar = QApplication::activePopupWidget();
+        ASSERT_NE(calendar, nullptr);
+        if (calendar->focusWidget()) calendar = calendar->focusWidget();
+        if (key == Qt::Key_Return) QTest::keyClick(calendar, Qt::Key_Right);
+        QTest::keyClick(calendar, key);
+        EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+        EXPECT_TRUE(panelShown());
+    }
+    EXPECT_EQ(combo->currentText(), "食費/外食");
+    EXPECT_EQ(picker->date(), QDate(2024, 5, 2));
+    EXPECT_EQ(dumpAll(), before);
+    EXPECT_TRUE(messages.empty());
 }
 
 }  // namespace

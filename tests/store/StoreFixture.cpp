@@ -4,6 +4,8 @@
 
 #include <cstdarg>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "store/MessageSink.h"
 #include "store/Provisioning.h"
@@ -102,6 +104,19 @@ int64_t StoreFixture::addCategory(long long kind, const std::string& namae, std:
     subItems.insert(subItems.begin(), "その他");
     for (const auto& sub : subItems) insert(sql, kind, (namae + "/" + sub).c_str(), static_cast<long long>(id), 0LL);
     return id;
+}
+
+std::string StoreFixture::bookBytes() const
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+void StoreFixture::writeBook(const std::string& content)
+{
+    sqlite3_close(side);
+    side = nullptr;
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
 }
 
 void StoreFixture::armFailure(const std::string& table, const std::string& event, const std::string& when)

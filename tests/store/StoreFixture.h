@@ -51,6 +51,9 @@ protected:
     // Makes the store's writes that match `when` fail with the reason "boom".
     void armFailure(const std::string& table, const std::string& event, const std::string& when);
     Messages takeMessages() { return std::exchange(messages, {}); }
+    // The book's bytes, and replacing them (the side connection is closed first).
+    std::string bookBytes() const;
+    void writeBook(const std::string& content);
 
     std::string dir;
     std::string path;

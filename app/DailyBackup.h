@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <atomic>
+#include <string>
+
+class QThread;
+
+// Today's backup of the book (Backup.h), made on a worker thread with its
+// own connection so that it never delays the window, even for a book of a
+// hundred megabytes. A failure is reported once, in a message box; the
+// program goes on either way.
+class DailyBackup final : public QObject {
+    Q_OBJECT
+
+public:
+    // Backups of bookPath go to backupDir; the newest `keep` stay.
+    DailyBackup(std::string bookPath, std::string backupDir, int keep = 14, QObject* parent = nullptr);
+    // Stops a copy still running (it leaves nothing behind) and waits for it.
+    ~DailyBackup() override;
+
+    // Starts the backup of the clock's day unless it exists already.
+    void start();
+
+signals:
+    // On the main thread, after any failure has been reported.
+    void finished();
+
+private:
+    void report();
+
+    std::string bookPath;
+    std::string backupDir;
+    int keep;
+    QThread* worker = nullptr;
+    std::atomic<bool> cancel{false};
+    bool failed = false;
+    std::string error;
+};

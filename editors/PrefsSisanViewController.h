@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "ui/ModalEditor.h"
+
+class DataModel;
+class ListTableModel;
+class QString;
+struct Sisan;
+namespace Ui {
+class PrefsSisanViewController;
+}
+
+// The modal editor of the asset list: a table of every asset (name and
+// opening amount) and an editing box that a preparing button opens for an
+// add, an edit or a delete; the box's execute button carries it out through
+// the store. When it closes it tells its delegate whether anything changed.
+class PrefsSisanViewController final : public ModalEditor {
+    Q_OBJECT
+
+public:
+    // The prepared action; the numbers are the ones the box works with.
+    enum SyoriNo : int64_t { kNone = -1, kTuika = 1, kKousin = 2, kSakujyo = 3 };
+
+    explicit PrefsSisanViewController(DataModel& dm, QWidget* parent = nullptr);
+    ~PrefsSisanViewController() override;
+
+    DataModel& DM;
+
+    // Preparing actions: each shows the box titled for its action. Edit and
+    // delete need a selected row and fill the fields from it.
+    void btnSisanKoumokuTuika();
+    void btnSisanKoumokuKousin();
+    void btnSisanKoumokuSakujyo();
+    // Validates the amount and carries out the prepared action; on success
+    // sets the changed-flag, reloads the table and hides the box. A refused
+    // input or a store failure leaves the box open as it is.
+    void btnSisanKoumokuOK();
+    // Forgets the prepared action, clears the selection and hides the box.
+    void btnSisanKoumokuCancel();
+    void btnSisanModalClose();
+
+    int64_t syoriNo() const { return sisanKoumokuSyoriNo; }
+    bool changed() const { return sisanKoumokuChangedSw; }
+
+protected:
+    // Tells the delegate whether any action succeeded.
+    void viewWillDisappear() override;
+
+private:
+    std::unique_ptr<Ui::PrefsSisanViewController> ui;
+    ListTableModel* model = nullptr;
+    int64_t sisanKoumokuSyoriNo = kNone;
+    bool sisanKoumokuChangedSw = false;
+
+    void viewDidLoad();
+    void layOutColumns();
+    // Shows sisanList afresh, the table wide enough for the longest name.
+    void reloadTable();
+    void hideBox();
+    void wireActions();
+    // Shows the box for the action with its three titles.
+    void prepareBox(SyoriNo syoriNo, const QString& title, const QString& ok, const QString& cancel);
+    // Fills the fields from the selected asset, or says `unselected` and
+    // returns false when no row is selected.
+    bool fillFromSelection(const QString& unselected);
+    // The amount field as a whole yen amount, or none after marking the
+    // field and saying that the amount is invalid.
+    std::optional<int64_t> validatedKingaku();
+    // The asset of the selected row, or none after saying `unselected`.
+    const Sisan* selectedSisanOrSay(const QString& unselected);
+    bool executeTuika(int64_t kingaku);
+    bool executeKousin(int64_t kingaku);
+    bool executeSakujyo();
+    void deselect();
+};

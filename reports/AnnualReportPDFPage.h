@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "reports/PageCanvas.h"
+#include "reports/ReportPage.h"
+
+struct AnnualReportRows;
+
+// One landscape A4 page of the annual report: the title with the date
+// stamp, a frame of 25 rows (the heading and 24 data rows), the headings,
+// up to 24 labelled rows of 12 months and the year, and a thin line under
+// each total row that falls on the page.
+class AnnualReportPDFPage final : public ReportPage {
+public:
+    static constexpr int kRowsPerPage = 24;
+
+    const double pageHeight = 595.0;
+    const double pageWidth = 842.0;
+    const PagePoint titlePos{50.0, 50.0};
+    const PagePoint tableLeftPos0{20.0, 70.0};
+    const int nameWidth = 160;
+    const int amountWidth = 50;
+    const int totalWidth = 55;
+    const int rowHeight = 20;
+    const int numberOfRows = 25;
+    const std::string nendo;
+    const std::vector<std::string> names;
+    const std::vector<std::vector<int64_t>> data;
+    // Grid row along which the line under a total row is drawn, or -1 when
+    // that total is not on the page.
+    const int rowOffsetOfIncomeTotal;
+    const int rowOffsetOfSpenddingTotal;
+
+    AnnualReportPDFPage(std::string nendo, std::vector<std::string> names, std::vector<std::vector<int64_t>> data,
+                        int rowOffsetOfIncomeTotal, int rowOffsetOfSpenddingTotal, DateStamp dateStamp);
+
+    // The top-down corner of grid row `row` (0 to 25) and column edge `col`
+    // (0 to 14), plus the paddings. Another column prints "error in rcPoint"
+    // and the column on standard output and uses the left edge.
+    PagePoint rcPoint(int row, int col, int wPadding = 0, int hPadding = 0) const;
+    void drawTableLines(PageCanvas& canvas) const;
+    void drawTableData(PageCanvas& canvas) const;
+
+    PageSize bounds() const override { return {pageWidth, pageHeight}; }
+    void draw(PageCanvas& canvas) const override;
+
+private:
+    DateStamp dateStamp;
+
+    void drawRow(PageCanvas& canvas, int gridRow, const std::string& label, const std::vector<int64_t>& cells) const;
+    // The text rectangle of a cell: its grid corner moved 5 right, 2 down.
+    PageRect cellRect(int gridRow, int col, int width) const;
+};
+
+// The pages of the annual report of year `nendo`: 24 rows to a page, each
+// page told where the lines under the two totals fall on it.
+std::vector<std::unique_ptr<AnnualReportPDFPage>> annualReportPages(const std::string& nendo,
+                                                                    const AnnualReportRows& rows,
+                                                                    const DateStamp& dateStamp);

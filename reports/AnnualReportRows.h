@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class DataModel;
+
+// The computed year of the store as one list of labelled rows, in the order
+// both exports write them: the income rows, the income total, the expense
+// rows, the expense total and the balance. Labels and figures are paired by
+// position, stopping at the shorter list of each pair.
+struct AnnualReportRows {
+    std::vector<std::string> names;
+    std::vector<std::vector<int64_t>> data;  // 13 cells: months 1 to 12, the year
+    int incomeRows = 0;                      // rows before the income total
+    int expenseRows = 0;                     // rows between the two totals
+};
+
+AnnualReportRows annualReportRows(const DataModel& dm);

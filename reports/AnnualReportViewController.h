@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QDialog>
+#include <array>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+class DataModel;
+class ListTableModel;
+class QTableView;
+namespace Ui {
+class AnnualReportViewController;
+}
+
+// The annual report: a year picked among those with entries, its income,
+// expense and summary tables (columns "00" label, "01" to "12" months, "13"
+// the year, told apart by the tables' tag: 0 income, 1 expense, 2 summary),
+// and the exports as CSV and PDF. It shows the store's annual lists, which
+// only this window changes; the main window runs it modally.
+class AnnualReportViewController final : public QDialog {
+    Q_OBJECT
+
+public:
+    explicit AnnualReportViewController(DataModel& dm, QWidget* parent = nullptr);
+    ~AnnualReportViewController() override;
+
+    DataModel& DM;
+    bool firstApper = false;
+    const std::map<std::string, int> dicColNo;  // "00" -> 0 ... "13" -> 13
+
+    // First time only: reads the years; when they cannot be read the window
+    // closes itself (the store has said why).
+    void viewWillAppear();
+    int numberOfItems() const;
+    // Rows of the table with this tag, and the text of one of its cells
+    // (column identifier "00" to "13"; "" for any other).
+    int numberOfRows(int tag) const;
+    QString cellText(int tag, int row, const std::string& identifier) const;
+    // Computes the picked year and reloads the three tables; on a failure
+    // reloads nothing and turns the exports off.
+    void comboBoxSelectionDidChange();
+    void btnPDF();
+    void btnCSV();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    std::unique_ptr<Ui::AnnualReportViewController> ui;
+    ListTableModel* yearsModel = nullptr;
+    std::array<ListTableModel*, 3> tableModels{};
+    bool yearComputed = false;  // the tables show the picked year's figures
+
+    void viewDidLoad();
+    ListTableModel* makeTableModel(int tag);
+    std::array<QTableView*, 3> tables() const;
+    void layOutTables();
+    // Widens the label columns to the longest label of the three tables.
+    void fitLabelColumns();
+    // The year whose figures the tables show, when one is picked and computed.
+    std::optional<std::string> exportableYear() const;
+};

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+// A point or a rectangle on a report page. Pages compute in a top-down
+// system (y from the top edge); what they hand to a canvas is in PDF space
+// (origin at the bottom-left corner, y upward), in points.
+struct PagePoint {
+    double x = 0;
+    double y = 0;
+    bool operator==(const PagePoint&) const = default;
+};
+
+// A rectangle whose origin is its bottom-left corner; it extends upward by h.
+struct PageRect {
+    double x = 0;
+    double y = 0;
+    double w = 0;
+    double h = 0;
+    bool operator==(const PageRect&) const = default;
+};
+
+// A font by its role name ("Helvetica") and size in points. The canvas that
+// writes the file decides which face fills the role.
+struct PageFont {
+    std::string family;
+    double size = 0;
+    bool operator==(const PageFont&) const = default;
+};
+
+// What a report page draws on: the cairo canvas writes a PDF, the recording
+// canvas keeps every call for the tests.
+class PageCanvas {
+public:
+    virtual ~PageCanvas() = default;
+    // Strokes a straight segment from `from` to `to` (PDF space) with the
+    // given width in the given grey (0 black, 1 white).
+    virtual void strokeLine(PagePoint from, PagePoint to, double width, double grey) = 0;
+    // Lays black text out in the rectangle (PDF space) from its top edge,
+    // wrapping at its width; lines that do not fit its height are not drawn.
+    // Lines start at the rectangle's left edge. An amount field instead gives
+    // `rightEdge`: it is drawn on one line that ends there.
+    virtual void drawText(const std::string& text, const PageRect& rect, const PageFont& font,
+                          std::optional<double> rightEdge = std::nullopt) = 0;
+};

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "reports/PageCanvas.h"
+
+// A canvas that keeps every call, in order, for tests to compare.
+class RecordingCanvas final : public PageCanvas {
+public:
+    struct Line {
+        PagePoint from, to;
+        double width;
+        double grey;
+        bool operator==(const Line&) const = default;
+    };
+    struct Text {
+        std::string text;
+        PageRect rect;
+        PageFont font;
+        std::optional<double> rightEdge;
+        bool operator==(const Text&) const = default;
+    };
+
+    std::vector<Line> lines;
+    std::vector<Text> texts;
+
+    void strokeLine(PagePoint from, PagePoint to, double width, double grey) override
+    {
+        lines.push_back({from, to, width, grey});
+    }
+    void drawText(const std::string& text, const PageRect& rect, const PageFont& font,
+                  std::optional<double> rightEdge) override
+    {
+        texts.push_back({text, rect, font, rightEdge});
+    }
+};

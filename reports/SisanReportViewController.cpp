@@ -1,0 +1,69 @@
+#include "reports/SisanReportViewController.h"
+
+#include <QHeaderView>
+
+#include "reports/PdfDocument.h"
+#include "reports/ReportCsv.h"
+#include "reports/ReportExport.h"
+#include "reports/SisanReportPDFPage.h"
+#include "store/DataModel.h"
+#include "ui/AmountText.h"
+#include "ui/ListTableModel.h"
+#include "ui_SisanReportViewController.h"
+
+SisanReportViewController::SisanReportViewController(DataModel& dm, QWidget* parent)
+    : QDialog(parent), DM(dm), ui(std::make_unique<Ui::SisanReportViewController>())
+{
+    ui->setupUi(this);
+    viewDidLoad();
+}
+
+SisanReportViewController::~SisanReportViewController() = default;
+
+void SisanReportViewController::viewDidLoad()
+{
+    const auto sisan = [this](int row) -> const Sisan& { return *DM.sisanList[static_cast<size_t>(row)]; };
+    model = new ListTableModel(
+        [this] { return numberOfRows(); },
+        {{"sisanNamae", QStringLiteral("資産名"), false, [sisan](int r) { return QString::fromStdString(sisan(r).Namae); }},
+         {"sisanZankin", QStringLiteral("残高"), true, [sisan](int r) { return groupedKingaku(sisan(r).Zankin); }}},
+        {}, this);
+    ui->tblReportSisan->setModel(model);
+    layOutColumns();
+    ui->lblTotal->setText(groupedKingaku(DM.GrandTotalSisan));
+    connect(ui->btnSisanCSV, &QPushButton::clicked, this, &SisanReportViewController::btnSisanCSV);
+    connect(ui->btnSisanPDF, &QPushButton::clicked, this, &SisanReportViewController::btnSisanPDF);
+}
+
+void SisanReportViewController::layOutColumns()
+{
+    const QFontMetrics metrics(font());
+    QHeaderView* header = ui->tblReportSisan->horizontalHeader();
+    header->setSectionResizeMode(0, QHeaderView::Stretch);
+    header->setSectionResizeMode(1, QHeaderView::Fixed);
+    header->resizeSection(1, metrics.horizontalAdvance(QStringLiteral("-9,999,999,999")) + 24);
+    ui->tblReportSisan->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    ui->tblReportSisan->verticalHeader()->setDefaultSectionSize(metrics.height() + 10);
+    QFont total = ui->lblTotal->font();
+    total.setBold(true);
+    ui->lblTotal->setFont(total);
+}
+
+int SisanReportViewController::numberOfRows() const
+{
+    return static_cast<int>(DM.sisanList.size());
+}
+
+void SisanReportViewController::btnSisanCSV()
+{
+    saveReportCsv(sisanReportCsv(DM, reportDateStamp()), "sisan report csv write error \n");
+}
+
+void SisanReportViewController::btnSisanPDF()
+{
+    PdfDocument document;
+    size_t index = 0;
+    for (auto& page : sisanReportPages(DM.sisanList, DM.GrandTotalSisan, reportDateStamp))
+        document.insertPage(std::move(page), index++);
+    saveReportPdf(document);
+}

@@ -1,0 +1,105 @@
+// The real program in its own processes, on a book in a temporary
+// XDG_DATA_HOME, on Qt's offscreen platform. Every wait is bounded.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <QProcess>
+#include <QTest>
+#include <filesystem>
+#include <list>
+
+#include "app/SingleInstance.h"
+#include "store/Provisioning.h"
+
+namespace {
+
+constexpr int kWaitMs = 15000;
+
+class ProcessTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        char pattern[] = "/tmp/zenvora-process-XXXXXX";
+        ASSERT_NE(mkdtemp(pattern), nullptr);
+        home = pattern;
+        book = home + "/Zenvora/Zenvora.sql";
+    }
+    void TearDown() override
+    {
+        processes.clear();  // each QProcess kills and reaps its program
+        std::filesystem::remove_all(home);
+    }
+
+    QProcess& launch(const QStringList& arguments = {})
+    {
+        QProcess& p = processes.emplace_back();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("XDG_DATA_HOME", QString::fromStdString(home));
+        env.insert("QT_QPA_PLATFORM", "offscreen");
+        p.setProcessEnvironment(env);
+        p.start(QStringLiteral(ZENVORA_BINARY), arguments);
+        EXPECT_TRUE(p.waitForStarted(kWaitMs));
+        return p;
+    }
+    // A program that answers a request to raise its window runs its event loop.
+    bool answers(const std::string& path) { return SingleInstance::askRunningToRaise(path, 500); }
+    bool answers() { return answers(book); }
+
+    std::string home, book;
+    std::list<QProcess> processes;
+};
+
+TEST_F(ProcessTest, ASecondStartOnTheBookRaisesTheFirstAndACrashLeavesNoStaleLock)
+{
+    QProcess& first = launch();
+    QTRY_VERIFY_WITH_TIMEOUT(answers(), kWaitMs);
+    QProcess& second = launch();
+    ASSERT_TRUE(second.waitForFinished(kWaitMs));
+    EXPECT_EQ(second.exitCode(), 0) << second.readAllStandardError().toStdString();
+    EXPECT_EQ(first.state(), QProcess::Running);
+
+    // A crash leaves the lock file and the socket behind: neither blocks.
+    first.kill();
+    ASSERT_TRUE(first.waitForFinished(kWaitMs));
+    ASSERT_TRUE(std::filesystem::exists(book + ".lock"));
+    QProcess& third = launch();
+    QTRY_VERIFY_WITH_TIMEOUT(answers(), kWaitMs);
+    third.terminate();
+    ASSERT_TRUE(third.waitForFinished(kWaitMs));
+    EXPECT_EQ(third.exitCode(), 0);
+}
+
+TEST_F(ProcessTest, SIGTERMWithAFailingBalanceWritePrintsTheFailureAndEnds)
+{
+    std::string error;
+    ASSERT_TRUE(provisionBook(book, &error)) << error;
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open(book.c_str(), &db), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(db, "CREATE TRIGGER fail BEFORE UPDATE ON Sisan BEGIN SELECT RAISE(ABORT, 'boom'); END",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    sqlite3_close(db);
+
+    QProcess& running = launch();
+    QTRY_VERIFY_WITH_TIMEOUT(answers(), kWaitMs);
+    running.terminate();
+    ASSERT_TRUE(running.waitForFinished(kWaitMs)) << "termination hangs";
+    const std::string printed = running.readAllStandardError().toStdString();
+    EXPECT_NE(printed.find("failure updating sisan Zankin: boom"), std::string::npos) << printed;
+    EXPECT_NE(printed.find("Zenvora.app:failure  terminating!!"), std::string::npos) << printed;
+}
+
+TEST_F(ProcessTest, BookOptionOpensAndProvisionsAnotherBookOnly)
+{
+    const std::string other = home + "/elsewhere/家計簿 2026.sql";
+    QProcess& running = launch({"--book", QString::fromStdString(other)});
+    QTRY_VERIFY_WITH_TIMEOUT(answers(other), kWaitMs);
+    EXPECT_FALSE(answers());
+    EXPECT_TRUE(std::filesystem::exists(other));
+    EXPECT_FALSE(std::filesystem::exists(book));
+    running.terminate();
+    ASSERT_TRUE(running.waitForFinished(kWaitMs));
+    EXPECT_EQ(running.exitCode(), 0) << running.readAllStandardError().toStdString();
+}
+
+}  // namespace

@@ -1,0 +1,205 @@
+#include <QComboBox>
+#include <QPushButton>
+
+#include "editors/PrefsSisanViewController.h"
+#include "tests/editors/EditorFixture.h"
+
+namespace {
+
+// 財布 (opening 1,000) and 銀行 (500), each with an expense, and a transfer
+// of 300 from 財布 to 銀行 (rows 3 and 4).
+class SisanEditorTest : public EditorFixture<PrefsSisanViewController> {
+protected:
+    void SetUp() override
+    {
+        EditorFixture::SetUp();
+        saifu = addSisan("財布", 1000, 0);
+        ginkou = addSisan("銀行", 500, 0);
+        const int64_t food = addCategory(1, "食費") + 1;
+        addEntry(saifu, "2024-01-01", 1, food, 100);
+        addEntry(ginkou, "2024-01-02", 1, food, 50);
+        addEntry(saifu, "2024-01-03", 3, 0, 300);
+        addEntry(ginkou, "2024-01-03", 4, 0, 300);
+        exec("UPDATE Items SET IdouSisanNo=2, IdouId=4 WHERE Id=3");
+        exec("UPDATE Items SET IdouSisanNo=1, IdouId=3 WHERE Id=4");
+    }
+
+    QString buttons()
+    {
+        return find<QPushButton>("btnSisanKoumokuOKTitle")->text() + "|" +
+               find<QPushButton>("btnSisanKoumokuCancelTitle")->text();
+    }
+
+    int64_t saifu = 0, ginkou = 0;
+};
+
+TEST_F(SisanEditorTest, AddEditAndDeleteReachTheBookAndTheMainWindowFollowsOnClose)
+{
+    ViewController& w = start();
+    selectRow("tblSisan", 1);
+    click("btnNewItem");
+    click("rdbIdou");
+    pickCombo("財布");
+    openEditor();
+    EXPECT_EQ(editor->windowTitle(), "資産の設定");
+    EXPECT_EQ(boxTitle("sisanKoumokuBox"), "(hidden)");
+    EXPECT_EQ(shown("tblSisanKoumoku"), (Rows{"財布|1,000", "銀行|500"}));
+
+    click("btnSisanKoumokuTuika");
+    EXPECT_EQ(boxTitle("sisanKoumokuBox"), "新規追加");
+    EXPECT_EQ(buttons(), "この新規追加の実行|この新規追加取消");
+    type("txtSisanKoumokuNamae", "カード");
+    type("txtSisanKoumokuSyokikingaku", " 1,200 ");
+    QTest::keyClick(find<QLineEdit>("txtSisanKoumokuSyokikingaku"), Qt::Key_Return);
+    EXPECT_EQ(dump("Sisan"), "Sisan:\n1|財布|1000|0|\n2|銀行|500|0|\n3|カード|1200|1200|\n");
+    EXPECT_EQ(text("txtSisanKoumokuNamae") + text("txtSisanKoumokuSyokikingaku"), "");
+    EXPECT_EQ(boxTitle("sisanKoumokuBox"), "(hidden)");
+
+    // The stored balance restarts from the new opening amount.
+    selectRow("tblSisanKoumoku", 0);
+    click("btnSisanKoumokuKousin");
+    EXPECT_EQ(boxTitle("sisanKoumokuBox"), "編集更新");
+    EXPECT_EQ(buttons(), "この編集更新の実行|この編集更新取消");
+    EXPECT_EQ(text("txtSisanKoumokuNamae") + "|" + text("txtSisanKoumokuSyokikingaku"), "財布|1,000");
+    type("txtSisanKoumokuSyokikingaku", "3000");
+    click("btnSisanKoumokuOKTitle");
+    EXPECT_EQ(dump("Sisan"), "Sisan:\n1|財布|3000|3000|\n2|銀行|500|0|\n3|カード|1200|1200|\n");
+    EXPECT_TRUE(find<QTableView>("tblSisanKoumoku")->selectionModel()->selectedRows().isEmpty());
+
+    // Deleting 銀行, the asset the main window shows, takes the partner row
+    // of its transfer in 財布 along.
+    selectRow("tblSisanKoumoku", 1);
+    click("btnSisanKoumokuSakujyo");
+    EXPECT_EQ(boxTitle("sisanKoumokuBox"), "削除");
+    EXPECT_EQ(buttons(), "この削除の実行|この削除 取消");
+    answers = {true};
+    click("btnSisanKoumokuOKTitle");
+    EXPECT_EQ(questions, Rows{"この資産での支出／収入のデータも削除されます。\n 削除してもいいですか？|削除する|しない"});
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM Items"), 1);
+    EXPECT_EQ(scalar("SELECT Id FROM Items"), 1);
+    EXPECT_EQ(shown("tblSisanKoumoku"), (Rows{"財布|3,000", "カード|1,200"}));
+    EXPECT_EQ(w.DM.theSisanNo, 0);
+    EXPECT_TRUE(editor->changed());
+
+    click("btnSisanModalClose");
+    EXPECT_FALSE(editor->isVisible());
+    EXPECT_EQ(label("lblSisanmei"), "財布");
+    EXPECT_EQ(find<QTableView>("tblSisan")->selectionModel()->selectedRows().front().row(), 0);
+    EXPECT_EQ(shown("tblItem"), Rows{"2024-01-01|食費/その他||100|2,900"});
+    EXPECT_EQ(shown("tblSisan"), (Rows{"財布|2,900", "カード|1,200"}));
+    EXPECT_EQ(label("lblSisanSouGoukei"), "4,100");
+    const auto* combo = find<QComboBox>("cmbItemDataHimomku");
+    EXPECT_EQ(combo->count(), 2) << "the open panel no longer offers 銀行";
+    EXPECT_EQ(combo->currentText(), "財布");
+    EXPECT_TRUE(messages.empty());
+}
+
+TEST_F(SisanEditorTest, RefusedInputDeclinedDeletionAndStoreFailuresChangeNothing)
+{
+    openEditor();
+    const std::string before = dumpAll();
+    QTest::keyClick(editor.get(), Qt::Key_Escape);
+    EXPECT_TRUE(editor->isVisible()) << "only the close button closes the editor";
+    EXPECT_FALSE(editor->windowFlags().testFlag(Qt::WindowCloseButtonHint));
+    click("btnSisanKoumokuKousin");
+    click("btnSisanKoumokuSakujyo");
+    EXPECT_EQ(boxTitle("sisanKoumokuBox"), "(hidden)");
+    EXPECT_EQ(takeMessages(), (Messages{{"編集更新する資産の行データを選択してからにしてください。", "information"},
+                                        {"削除する資産の行データを選択してからにしてください。", "information"}}));
+
+    // Signs, fractions, other scripts' digits and values beyond 32 bits.
+    click("btnSisanKoumokuTuika");
+    for (const char* bad : {"", "abc", "-500", "1.5", "１２００", "2147483648", "12 00"}) {
+        type("txtSisanKoumokuSyokikingaku", QString::fromUtf8(bad));
+        click("btnSisanKoumokuOKTitle");
+        EXPECT_EQ(takeMessages(), (Messages{{"金額の欄に不正なデータがあります", "information"}})) << bad;
+    }
+    EXPECT_EQ(boxTitle("sisanKoumokuBox"), "新規追加");
+
+    // A selection cleared after preparing names no asset: the store is not asked.
+    for (const char* button : {"btnSisanKoumokuKousin", "btnSisanKoumokuSakujyo"}) {
+        selectRow("tblSisanKoumoku", 0);
+        click(button);
+        deselect("tblSisanKoumoku");
+        click("btnSisanKoumokuOKTitle");
+    }
+    EXPECT_EQ(takeMessages(), (Messages{{"編集更新する資産の行データを選択してからにしてください。", "information"},
+                                        {"削除する資産の行データを選択してからにしてください。", "information"}}));
+
+    // Declining the deletion hides the box; a failure half way through it
+    // (at the asset row, after its entries) keeps the box and every row.
+    armFailure("Sisan", "DELETE", "1");
+    selectRow("tblSisanKoumoku", 1);
+    click("btnSisanKoumokuSakujyo");
+    answers = {false, true};
+    click("btnSisanKoumokuOKTitle");
+    EXPECT_EQ(boxTitle("sisanKoumokuBox"), "(hidden)");
+    click("btnSisanKoumokuSakujyo");
+    click("btnSisanKoumokuOKTitle");
+    EXPECT_EQ(takeMessages(), (Messages{{"failure deletin from sisan: boom", "information"}}));
+    EXPECT_EQ(dumpAll(), before);
+    EXPECT_EQ(boxTitle("sisanKoumokuBox") + text("txtSisanKoumokuNamae"), "削除銀行");
+    EXPECT_FALSE(editor->changed());
+
+    // Cancel forgets the action but keeps the fields; the red mark stays
+    // after an accepted amount.
+    click("btnSisanKoumokuTuika");
+    click("btnSisanKoumokuCancelTitle");
+    EXPECT_EQ(editor->syoriNo(), PrefsSisanViewController::kNone);
+    EXPECT_EQ(text("txtSisanKoumokuNamae"), "銀行");
+    click("btnSisanKoumokuTuika");
+    type("txtSisanKoumokuSyokikingaku", "0");
+    click("btnSisanKoumokuOKTitle");
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM Sisan WHERE Namae='銀行'"), 2);
+    EXPECT_TRUE(find<QLineEdit>("txtSisanKoumokuSyokikingaku")->styleSheet().contains("red"));
+}
+
+// The menu opens a fresh editor each time; the window re-reads only after a change.
+TEST_F(SisanEditorTest, TheMenuRunsAFreshEditorAndTheWindowFollowsItsChanges)
+{
+    ViewController& w = start();
+    selectRow("tblSisan", 1);
+    const Items* shownRow = w.DM.itemList.front().get();
+    throughMenu("mnuShowPrefsSisan", [&](PrefsSisanViewController&) { click("btnSisanModalClose"); });
+    EXPECT_EQ(w.DM.itemList.front().get(), shownRow);
+    EXPECT_EQ(label("lblSisanmei"), "銀行");
+
+    // The shown asset's opening amount changed: its entries and every
+    // balance are computed afresh, not taken from the stored copies.
+    throughMenu("mnuShowPrefsSisan", [&](PrefsSisanViewController&) {
+        selectRow("tblSisanKoumoku", 1);
+        click("btnSisanKoumokuKousin");
+        type("txtSisanKoumokuSyokikingaku", "2000");
+        click("btnSisanKoumokuOKTitle");
+        click("btnSisanModalClose");
+    });
+    EXPECT_EQ(label("lblSisanmei"), "銀行");
+    EXPECT_EQ(w.DM.theSisanNo, 1);
+    EXPECT_EQ(shown("tblSisan"), (Rows{"財布|600", "銀行|2,250"}));
+    EXPECT_TRUE(shown("tblItem").back().ends_with("|2,250"));
+    EXPECT_EQ(label("lblSisanSouGoukei"), "2,850");
+
+    // Deleting every asset: the window shows its empty state.
+    throughMenu("mnuShowPrefsSisan", [&](PrefsSisanViewController& e) {
+        EXPECT_FALSE(e.changed()) << "a fresh editor";
+        for (int left = 2; left > 0; --left) {
+            selectRow("tblSisanKoumoku", 0);
+            click("btnSisanKoumokuSakujyo");
+            answers = {true};
+            click("btnSisanKoumokuOKTitle");
+        }
+    });
+    EXPECT_EQ(label("lblSisanmei"), "");
+    EXPECT_EQ(shown("tblItem"), Rows{});
+    EXPECT_EQ(label("lblSisanSouGoukei"), "0");
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM Items"), 0);
+    EXPECT_TRUE(messages.empty());
+
+    // An unknown transition only says so on standard output.
+    testing::internal::CaptureStdout();
+    w.performSegue("showSomethingElse");
+    w.performSegue("");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "prepare failed\n");
+}
+
+}  // namespace

@@ -1,0 +1,261 @@
+// The two report windows driven through their widgets, with real files
+// written through the save dialog service and read back with poppler-utils.
+#include <QAbstractItemModelTester>
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+#include <QTableView>
+#include <QTimer>
+#include <deque>
+#include <filesystem>
+#include <fstream>
+
+#include "reports/AnnualReportViewController.h"
+#include "reports/SisanReportViewController.h"
+#include "tests/app/AppFixture.h"
+#include "tests/reports/ReportExamples.h"
+#include "ui/Clock.h"
+#include "ui/SaveFileService.h"
+
+namespace {
+
+// Standard output of a poppler tool run on a file.
+QString poppler(const char* tool, const std::string& file, QStringList arguments = {})
+{
+    QProcess process;
+    arguments << QString::fromStdString(file);
+    if (QLatin1String(tool) == QLatin1String("pdftotext")) arguments << QStringLiteral("-");
+    process.start(QString::fromLatin1(tool), arguments);
+    process.waitForFinished();
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+// Checks what every report PDF must be: the page size and count, both
+// faces embedded, and a text layer of the real characters.
+void expectPdf(const std::string& file, const char* pageSize, int pages, const std::vector<std::string>& strings)
+{
+    ASSERT_TRUE(std::filesystem::exists(file)) << file;
+    const std::string infoText = poppler("pdfinfo", file).toStdString();
+    EXPECT_NE(infoText.find(std::string("Page size:       ") + pageSize), std::string::npos) << infoText;
+    EXPECT_NE(infoText.find("Pages:           " + std::to_string(pages) + "\n"), std::string::npos) << infoText;
+
+    const QStringList lines = poppler("pdffonts", file).split('\n', Qt::SkipEmptyParts).mid(2);
+    QStringList faces;
+    for (const QString& line : lines) {
+        const QStringList fields = line.split(' ', Qt::SkipEmptyParts);
+        faces << fields.front().section('+', 1);
+        EXPECT_TRUE(line.contains(QStringLiteral(" yes yes yes "))) << line.toStdString();  // embedded subset, mapped
+    }
+    faces.removeDuplicates();  // cairo may split a face into several subsets
+    faces.sort();
+    EXPECT_EQ(faces, (QStringList{QStringLiteral("NimbusSans-Regular"), QStringLiteral("NotoSansCJKjp-Regular")}));
+
+    const std::string text = poppler("pdftotext", file, {QStringLiteral("-layout")}).toStdString();
+    for (const std::string& s : strings) EXPECT_NE(text.find(s), std::string::npos) << s << " not in\n" << text;
+    // No Kangxi radicals or compatibility ideographs standing in for kanji.
+    for (const char32_t c : QString::fromStdString(text).toUcs4())
+        EXPECT_FALSE((c >= 0x2F00 && c <= 0x2FDF) || (c >= 0xF900 && c <= 0xFAFF)) << static_cast<uint32_t>(c);
+}
+
+// The report windows on a temporary book, with the clock at 15 January 2019
+// and a save dialog answered from `savePaths` ("" cancels).
+class ReportWindowsTest : public AppFixture, private SaveFileService {
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        setClock([] { return QDateTime(QDate(2019, 1, 15), QTime(10, 0)); });
+        setSaveFileService(this);
+    }
+    void TearDown() override
+    {
+        setSaveFileService(nullptr);
+        EXPECT_TRUE(savePaths.empty()) << "save dialogs expected but not shown";
+        AppFixture::TearDown();
+    }
+
+    template <typename T>
+    T* in(QWidget& window, const char* name)
+    {
+        T* widget = window.findChild<T*>(QString::fromLatin1(name));
+        EXPECT_NE(widget, nullptr) << name;
+        return widget;
+    }
+    void press(QWidget& window, const char* button, const std::string& answer)
+    {
+        savePaths.push_back(answer.empty() ? QString() : QString::fromStdString(dir + "/" + answer));
+        auto* b = in<QPushButton>(window, button);
+        ASSERT_TRUE(b->isEnabled()) << button;
+        QTest::mouseClick(b, Qt::LeftButton);
+    }
+    Rows rowsOf(QWidget& window, const char* table)
+    {
+        const QAbstractItemModel* model = in<QTableView>(window, table)->model();
+        Rows rows;
+        for (int r = 0; r < model->rowCount(); ++r) {
+            QString line;
+            for (int c = 0; c < model->columnCount(); ++c) line += (c ? "|" : "") + model->index(r, c).data().toString();
+            rows.push_back(line.toStdString());
+        }
+        return rows;
+    }
+    size_t filesInDir() const
+    {
+        return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(dir), {}));
+    }
+
+    std::deque<QString> savePaths;
+    QStringList offeredTypes;
+
+private:
+    QString askSavePath(const QStringList& fileTypes) override
+    {
+        offeredTypes = fileTypes;
+        if (savePaths.empty()) {
+            ADD_FAILURE() << "unexpected save dialog";
+            return {};
+        }
+        const QString answer = savePaths.front();
+        savePaths.pop_front();
+        return answer;
+    }
+};
+
+}  // namespace
+
+TEST_F(ReportWindowsTest, TheAnnualReportShowsAPickedYearAndWritesItAsCsvAndPdf)
+{
+    const int64_t asset = addSisan("現金", 0, 0);
+    const int64_t kyuuyo = addCategory(2, "給与");
+    const int64_t food = addCategory(1, "食費");
+    addEntry(asset, "2019-01-25", 2, kyuuyo + 1, 300000);
+    addEntry(asset, "2018-07-01", 1, food + 1, 1500);
+    AnnualReportViewController window(open());
+    window.show();
+    auto* years = in<QComboBox>(window, "cmbYears");
+    EXPECT_EQ(years->count(), 2);
+    EXPECT_EQ(years->currentIndex(), -1);
+    EXPECT_FALSE(in<QPushButton>(window, "btnCSV")->isEnabled());
+    EXPECT_FALSE(in<QPushButton>(window, "btnPDF")->isEnabled());
+    for (const char* table : {"tblItemsIn", "tblItemsOut", "tblTotals"}) {
+        EXPECT_TRUE(rowsOf(window, table).empty());
+        new QAbstractItemModelTester(in<QTableView>(window, table)->model(), &window);
+    }
+
+    years->setCurrentIndex(1);
+    EXPECT_EQ(rowsOf(window, "tblItemsIn"), Rows{"給与/その他|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000"});
+    EXPECT_TRUE(rowsOf(window, "tblItemsOut").empty());
+    EXPECT_EQ(rowsOf(window, "tblTotals"), (Rows{"収　入　計|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000",
+                                                 "支　出　計|0|0|0|0|0|0|0|0|0|0|0|0|0",
+                                                 "差　引　合　計|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000"}));
+    const QAbstractItemModel* totals = in<QTableView>(window, "tblTotals")->model();
+    EXPECT_TRUE(totals->index(0, 13).data(Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignRight);
+
+    std::ofstream(dir + "/annual.csv") << "an older, longer export that must go entirely";
+    press(window, "btnCSV", "annual");  // the extension is added
+    EXPECT_EQ(offeredTypes, (QStringList{"csv", "CSV"}));
+    EXPECT_EQ(contentOf(dir + "/annual.csv"), kAnnualExample);
+    press(window, "btnPDF", "annual.pdf");
+    EXPECT_EQ(offeredTypes, (QStringList{"pdf", "PDF"}));
+    expectPdf(dir + "/annual.pdf", "842 x 595 pts", 1,
+              {"2019 年度", "レポート", "2019年01月15日", "給与/その他", "300,000", "1 月", "12 月", "計"});
+
+    const size_t files = filesInDir();
+    press(window, "btnCSV", "");
+    press(window, "btnPDF", "");
+    EXPECT_EQ(filesInDir(), files);  // cancelled: nothing written
+
+    testing::internal::CaptureStdout();
+    press(window, "btnCSV", "missing/annual.csv");
+    EXPECT_EQ(testing::internal::GetCapturedStdout().rfind("annual report csv write error \ncannot create", 0), 0u);
+    EXPECT_EQ(contentOf(dir + "/annual.csv"), kAnnualExample);
+}
+
+TEST_F(ReportWindowsTest, TheAnnualReportClosesWhenTheYearsCannotBeReadAndKeepsItsTablesWhenAYearCannot)
+{
+    const int64_t asset = addSisan("現金", 0, 0);
+    const int64_t kyuuyo = addCategory(2, "給与");
+    addEntry(asset, "2019-01-25", 2, kyuuyo + 1, 300000);
+    addEntry(asset, "2018-01-25", 2, kyuuyo + 1, 1000);
+    DataModel& dm = open();
+    {
+        AnnualReportViewController window(dm);
+        window.show();
+        in<QComboBox>(window, "cmbYears")->setCurrentIndex(1);
+        exec("ALTER TABLE Himoku RENAME TO Gone");
+        dm.readYearsFromItemsTable();  // the store's connection sees the change
+        in<QComboBox>(window, "cmbYears")->setCurrentIndex(0);
+        EXPECT_EQ(takeMessages(), (Messages{{"error prepare select annual income of nen from item: no such table: Himoku",
+                                             "stop the app"}}));
+        EXPECT_EQ(rowsOf(window, "tblItemsIn"), Rows{"給与/その他|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000"});
+        EXPECT_FALSE(in<QPushButton>(window, "btnCSV")->isEnabled());
+        EXPECT_FALSE(in<QPushButton>(window, "btnPDF")->isEnabled());
+    }
+    exec("DROP TABLE Items");
+    dm.readFromSisanTable();  // the store's connection sees the change
+    AnnualReportViewController window(dm);
+    window.show();
+    QApplication::processEvents();  // the window closes itself once its show is over
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_EQ(takeMessages(), (Messages{{"error prepare select distinct nen from item: no such table: Items", "stop the app"}}));
+}
+
+TEST_F(ReportWindowsTest, TheAssetReportShowsTheBalancesAndWritesThemAsCsvAndPdf)
+{
+    {
+        SisanReportViewController empty(open());
+        empty.show();
+        EXPECT_EQ(in<QLabel>(empty, "lblTotal")->text(), "0");
+        press(empty, "btnSisanPDF", "empty");
+        expectPdf(dir + "/empty.pdf", "590 x 840 pts", 1, {"資産レポート", "2019年01月15日", "金額（円）", "0円"});
+    }
+    addSisan("現金", 0, 12000);
+    addSisan("普通預金", 0, -3000);
+    SisanReportViewController window(open());
+    window.show();
+    new QAbstractItemModelTester(in<QTableView>(window, "tblReportSisan")->model(), &window);
+    EXPECT_EQ(rowsOf(window, "tblReportSisan"), (Rows{"現金|12,000", "普通預金|-3,000"}));
+    EXPECT_EQ(in<QLabel>(window, "lblTotal")->text(), "9,000");
+
+    press(window, "btnSisanCSV", "sisan.CSV");  // an offered extension stays
+    EXPECT_EQ(contentOf(dir + "/sisan.CSV"), kSisanExample);
+    press(window, "btnSisanPDF", "sisan.pdf");
+    expectPdf(dir + "/sisan.pdf", "590 x 840 pts", 1, {"現金", "12,000", "普通預金", "-3,000", "合", "9,000"});
+
+    testing::internal::CaptureStdout();
+    press(window, "btnSisanCSV", "missing/sisan.csv");
+    EXPECT_EQ(testing::internal::GetCapturedStdout().rfind("sisan report csv write error \ncannot create", 0), 0u);
+}
+
+TEST_F(ReportWindowsTest, TheReportMenuOpensEachReportModally)
+{
+    addSisan("現金", 0, 0);
+    ViewController& main = start();
+    const struct {
+        QKeySequence keys;
+        const char* window;
+    } cases[] = {{QKeySequence(Qt::CTRL | Qt::Key_R), "AnnualReportViewController"},
+                 {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R), "SisanReportViewController"}};
+    for (const auto& c : cases) {
+        QString shown;
+        bool modal = false;
+        QTimer::singleShot(0, [&] {
+            QWidget* report = QApplication::activeModalWidget();
+            if (!report) return;
+            shown = report->objectName();
+            modal = report->isModal();
+            report->close();
+        });
+        QAction* action = nullptr;
+        for (QAction* a : main.findChildren<QAction*>())
+            if (a->shortcut() == c.keys) action = a;
+        ASSERT_NE(action, nullptr) << c.window;
+        action->trigger();
+        EXPECT_EQ(shown, c.window);
+        EXPECT_TRUE(modal);
+    }
+}
