@@ -4,15 +4,16 @@
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
 #include "app/AppDelegate.h"
 #include "app/BookGate.h"
+#include "app/CommandLine.h"
 #include "app/DailyBackup.h"
 #include "app/QuitOnSignal.h"
 #include "app/SingleInstance.h"
 #include "app/ViewController.h"
 #include "store/DataModel.h"
-#include "store/Provisioning.h"
 #include "ui/MessageService.h"
 
 namespace {
@@ -40,6 +41,20 @@ void bringToFront(QWidget& window)
 
 int main(int argc, char** argv)
 {
+    const CommandLine line = parseCommandLine(argc, argv);
+    switch (line.action) {
+    case CommandLine::Action::Help:
+        std::fputs(usageText(argv[0]).c_str(), stdout);
+        return 0;
+    case CommandLine::Action::Version:
+        std::puts("Zenvora " ZENVORA_VERSION);
+        return 0;
+    case CommandLine::Action::Error:
+        std::fprintf(stderr, "%s: %s\n%s", argv[0], line.error.c_str(), usageText(argv[0]).c_str());
+        return 2;
+    case CommandLine::Action::Run:
+        break;
+    }
     if (!hasDisplay()) {
         std::fprintf(stderr,
                      "Zenvora is a desktop application and needs a graphical display (DISPLAY or WAYLAND_DISPLAY).\n"
@@ -52,7 +67,10 @@ int main(int argc, char** argv)
     QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     installStoreMessageSink();
 
-    const std::string book = resourceDirectory() + "/Zenvora.sql";
+    // An absolute path, so that the lock and the running program's address
+    // are the same for every spelling of the same book.
+    const std::string book =
+        line.book.empty() ? DataModel::defaultBookPath() : std::filesystem::absolute(line.book).lexically_normal().string();
     SingleInstance instance(book);
     if (instance.runningElsewhere()) {
         if (SingleInstance::askRunningToRaise(book)) return 0;
@@ -62,7 +80,7 @@ int main(int argc, char** argv)
     // Nothing is read or written before the book has passed its checks.
     if (!prepareBookForStart(book)) return 1;
 
-    DataModel& dm = DataModel::sharedInstance();
+    DataModel& dm = DataModel::sharedInstance(book);
     AppDelegate delegate(dm);
     quitOnTerminationSignals([&delegate] { delegate.terminationIsUnattended(); });
 #if QT_CONFIG(sessionmanager)
@@ -77,7 +95,7 @@ int main(int argc, char** argv)
     delegate.applicationDidFinishLaunching();
     // The copy of a large book takes a few hundred milliseconds on its own
     // thread: it starts once the first paint is surely done, not competing with it.
-    DailyBackup backup(book, resourceDirectory() + "/backups");
+    DailyBackup backup(book, (std::filesystem::path(book).parent_path() / "backups").string());
     QTimer::singleShot(kBackupDelayMs, &backup, &DailyBackup::start);
     return QApplication::exec();
 }

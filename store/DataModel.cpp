@@ -26,10 +26,15 @@ DataModel::~DataModel()
     sqlite3_close(db);
 }
 
-DataModel& DataModel::sharedInstance()
+DataModel& DataModel::sharedInstance(const std::string& path)
 {
-    static DataModel instance(resourceDirectory() + "/Zenvora.sql");
+    static DataModel instance(path);
     return instance;
+}
+
+std::string DataModel::defaultBookPath()
+{
+    return resourceDirectory() + "/Zenvora.sql";
 }
 
 void DataModel::openDB()

@@ -45,9 +45,12 @@ public:
     DataModel(const DataModel&) = delete;
     DataModel& operator=(const DataModel&) = delete;
 
-    // The application's store on resourceDirectory()/Zenvora.sql, created on
-    // first use (thread-safe one-time initialisation).
-    static DataModel& sharedInstance();
+    // The application's store, created on first use (thread-safe one-time
+    // initialisation) on the book at path, by default
+    // resourceDirectory()/Zenvora.sql; later calls return the same store.
+    static DataModel& sharedInstance(const std::string& path = defaultBookPath());
+    // resourceDirectory()/Zenvora.sql.
+    static std::string defaultBookPath();
 
     // ---- lists shown by the screens -------------------------------------
     // Each list comes with a map from row Id to position (Id2Idx) and one

@@ -30,19 +30,20 @@ protected:
         std::filesystem::remove_all(home);
     }
 
-    QProcess& launch()
+    QProcess& launch(const QStringList& arguments = {})
     {
         QProcess& p = processes.emplace_back();
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("XDG_DATA_HOME", QString::fromStdString(home));
         env.insert("QT_QPA_PLATFORM", "offscreen");
         p.setProcessEnvironment(env);
-        p.start(QStringLiteral(ZENVORA_BINARY), {});
+        p.start(QStringLiteral(ZENVORA_BINARY), arguments);
         EXPECT_TRUE(p.waitForStarted(kWaitMs));
         return p;
     }
     // A program that answers a request to raise its window runs its event loop.
-    bool answers() { return SingleInstance::askRunningToRaise(book, 500); }
+    bool answers(const std::string& path) { return SingleInstance::askRunningToRaise(path, 500); }
+    bool answers() { return answers(book); }
 
     std::string home, book;
     std::list<QProcess> processes;
@@ -86,6 +87,19 @@ TEST_F(ProcessTest, SIGTERMWithAFailingBalanceWritePrintsTheFailureAndEnds)
     const std::string printed = running.readAllStandardError().toStdString();
     EXPECT_NE(printed.find("failure updating sisan Zankin: boom"), std::string::npos) << printed;
     EXPECT_NE(printed.find("Zenvora.app:failure  terminating!!"), std::string::npos) << printed;
+}
+
+TEST_F(ProcessTest, BookOptionOpensAndProvisionsAnotherBookOnly)
+{
+    const std::string other = home + "/elsewhere/家計簿 2026.sql";
+    QProcess& running = launch({"--book", QString::fromStdString(other)});
+    QTRY_VERIFY_WITH_TIMEOUT(answers(other), kWaitMs);
+    EXPECT_FALSE(answers());
+    EXPECT_TRUE(std::filesystem::exists(other));
+    EXPECT_FALSE(std::filesystem::exists(book));
+    running.terminate();
+    ASSERT_TRUE(running.waitForFinished(kWaitMs));
+    EXPECT_EQ(running.exitCode(), 0) << running.readAllStandardError().toStdString();
 }
 
 }  // namespace
