@@ -10,25 +10,6 @@
 #include <QLineEdit>
 #include <QTableView>
 
-#include "ui/Clock.h"
-
-void AppFixture::SetUp()
-{
-    StoreFixture::SetUp();
-    setMessageService(this);
-    installStoreMessageSink();
-    setClock([] { return QDateTime(QDate(2026, 11, 23), QTime(10, 0)); });
-}
-
-void AppFixture::TearDown()
-{
-    vc.reset();
-    setClock({});
-    setMessageService(nullptr);
-    EXPECT_TRUE(answers.empty()) << "questions expected but not asked";
-    StoreFixture::TearDown();
-}
-
 ViewController& AppFixture::start()
 {
     vc.reset();
@@ -36,23 +17,6 @@ ViewController& AppFixture::start()
     vc->show();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(vc.get()));
     return *vc;
-}
-
-void AppFixture::someMessageWithAlert(const QString& message, const QString& informative)
-{
-    messages.emplace_back(message.toStdString(), informative.toStdString());
-}
-
-bool AppFixture::yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no)
-{
-    questions.push_back((message + "|" + yes + "|" + no).toStdString());
-    if (answers.empty()) {
-        ADD_FAILURE() << "unexpected question " << questions.back();
-        return false;
-    }
-    const bool answer = answers.front();
-    answers.pop_front();
-    return answer;
 }
 
 void AppFixture::click(const char* button)
@@ -88,11 +52,6 @@ void AppFixture::pickCombo(const QString& text)
     combo->setCurrentIndex(index);
 }
 
-void AppFixture::pickDate(const QDate& date)
-{
-    find<QDateEdit>("itemDataDatePicker")->setDate(date);
-}
-
 void AppFixture::selectRow(const char* table, int row)
 {
     auto* view = find<QTableView>(table);
@@ -119,31 +78,13 @@ void AppFixture::enterNew(const char* kind, const QString& combo, const QString&
     click("btnNewItem");
     click(kind);
     if (!combo.isEmpty()) pickCombo(combo);
-    pickDate(date);
+    find<QDateEdit>("itemDataDatePicker")->setDate(date);
     type("txtItemDataKingaku", kingaku);
     type("txtItemDataBikou", bikou);
     click("btnItemDataOK");
 }
 
-Rows AppFixture::shown(const char* table)
-{
-    const QAbstractItemModel* model = find<QTableView>(table)->model();
-    Rows rows;
-    for (int r = 0; r < model->rowCount(); ++r) {
-        QString line;
-        for (int c = 0; c < model->columnCount(); ++c)
-            line += (c ? "|" : "") + model->data(model->index(r, c)).toString();
-        rows.push_back(line.toStdString());
-    }
-    return rows;
-}
-
 QString AppFixture::label(const char* name)
 {
     return find<QLabel>(name)->text();
-}
-
-bool AppFixture::panelShown()
-{
-    return find<QWidget>("itemData")->isVisible();
 }

@@ -2,55 +2,39 @@
 
 #include <QDate>
 #include <QString>
-#include <QTest>
-#include <deque>
 
 #include "app/ViewController.h"
-#include "tests/store/StoreFixture.h"
-#include "ui/MessageService.h"
+#include "tests/app/GuiFixture.h"
 
-class QAbstractItemView;
-class QTableView;
-
-// The main window on a temporary book, driven like a user would: clicks,
-// typing, header clicks. Every message box the user would see lands in
-// `messages` (store messages included); questions are answered from
-// `answers` and recorded in `questions`.
-class AppFixture : public StoreFixture, private MessageService {
+// The main window on a temporary book, shown offscreen and driven like a user
+// would: clicks, typing, header clicks.
+class AppFixture : public GuiFixture {
 protected:
-    void SetUp() override;
-    void TearDown() override;
+    void TearDown() override
+    {
+        vc.reset();
+        GuiFixture::TearDown();
+    }
 
-    // Opens the store and the window, shown offscreen.
-    ViewController& start();
+    ViewController& start();  // opens the store and the window
 
     template <typename T>
     T* find(const char* name)
     {
-        T* widget = vc->findChild<T*>(QString::fromLatin1(name));
-        EXPECT_NE(widget, nullptr) << name;
-        return widget;
+        return in<T>(vc.get(), name);
     }
+    Rows shown(const char* table) { return rowsOf(vc.get(), table); }
+    QString label(const char* name);
+    bool panelShown() { return find<QWidget>("itemData")->isVisible(); }
+
     void click(const char* button);
     void type(const char* field, const QString& text);  // replaces the field's text
-    void pickCombo(const QString& text);                // in cmbItemDataHimomku
-    void pickDate(const QDate& date);
+    void pickCombo(const QString& text);                // in the panel's category list
     void selectRow(const char* table, int row);
     void clickHeader(const char* table, const char* title);
     // Fills and confirms the panel for a new entry of the kind (its radio button).
     void enterNew(const char* kind, const QString& combo, const QString& kingaku, const QDate& date = {2024, 5, 1},
                   const QString& bikou = {});
 
-    // What the lists show, one line per row, cells separated by "|".
-    Rows shown(const char* table);
-    QString label(const char* name);
-    bool panelShown();
-
     std::unique_ptr<ViewController> vc;
-    std::deque<bool> answers;  // true: the first (yes) button
-    Rows questions;            // "message|yes|no"
-
-private:
-    void someMessageWithAlert(const QString& message, const QString& informative) override;
-    bool yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no) override;
 };

@@ -9,76 +9,45 @@
 #include <QPieSeries>
 #include <QPushButton>
 #include <QStackedWidget>
-#include <QTest>
 #include <filesystem>
 
 #include "charts/AnnualChartsView.h"
 #include "charts/SisanHistoryChartView.h"
-#include "tests/store/StoreFixture.h"
-#include "ui/Clock.h"
-#include "ui/MessageService.h"
-#include "ui/SaveFileService.h"
+#include "tests/app/GuiFixture.h"
 
 namespace {
 
-// The charts on a temporary book; the save dialog answers with `savePath`
-// and message boxes land in `messages`.
-class ChartsTest : public StoreFixture, private SaveFileService, private MessageService {
+// The charts on a temporary book, with the clock in April 2024.
+class ChartsTest : public GuiFixture {
 protected:
     void SetUp() override
     {
-        StoreFixture::SetUp();
-        setSaveFileService(this);
-        setMessageService(this);
-        installStoreMessageSink();
-        setClock([] { return QDateTime(QDate(2024, 4, 15), QTime(10, 0)); });
-    }
-    void TearDown() override
-    {
-        setClock({});
-        setMessageService(nullptr);
-        setSaveFileService(nullptr);
-        StoreFixture::TearDown();
+        GuiFixture::SetUp();
+        setClockTo({2024, 4, 15});
     }
 
-    template <typename T>
-    T* child(QWidget* view, const char* name)
-    {
-        T* widget = view->findChild<T*>(QString::fromLatin1(name));
-        EXPECT_NE(widget, nullptr) << name;
-        return widget;
-    }
     // The sentence shown in place of a chart, or "" while the chart shows.
-    QString sentence(QWidget* view, const char* stack, const char* label)
+    static QString sentence(QWidget* view, const char* stack, const char* label)
     {
-        auto* s = child<QStackedWidget>(view, stack);
-        return s->currentWidget() == child<QLabel>(view, label) ? child<QLabel>(view, label)->text() : QString();
+        auto* text = in<QLabel>(view, label);
+        return in<QStackedWidget>(view, stack)->currentWidget() == text ? text->text() : QString();
     }
     template <typename S>
-    QList<S*> seriesOf(QWidget* view, const char* chart)
+    static QList<S*> seriesOf(QWidget* view, const char* chart)
     {
         QList<S*> out;
-        for (QAbstractSeries* s : child<QChartView>(view, chart)->chart()->series())
+        for (QAbstractSeries* s : in<QChartView>(view, chart)->chart()->series())
             if (auto* typed = qobject_cast<S*>(s)) out.push_back(typed);
         return out;
     }
-    static std::vector<int64_t> ys(const QXYSeries* line)
-    {
-        std::vector<int64_t> out;
-        for (const QPointF& p : line->points()) out.push_back(static_cast<int64_t>(p.y()));
-        return out;
-    }
-
-    QString savePath;
-
-private:
-    QString askSavePath(const QStringList&) override { return savePath; }
-    void someMessageWithAlert(const QString& message, const QString& informative) override
-    {
-        messages.emplace_back(message.toStdString(), informative.toStdString());
-    }
-    bool yesNoMessageWithAlert(const QString&, const QString&, const QString&) override { return false; }
 };
+
+std::vector<int64_t> ys(const QXYSeries* line)
+{
+    std::vector<int64_t> out;
+    for (const QPointF& p : line->points()) out.push_back(static_cast<int64_t>(p.y()));
+    return out;
+}
 
 std::vector<int64_t> months(const std::vector<int64_t>& row)
 {
@@ -141,13 +110,13 @@ TEST_F(ChartsTest, AnnualChartsHoldTheYearsFiguresWithTheSmallCategoriesAsTheRes
     view.showYear("2023");
     EXPECT_EQ(sentence(&view, "stackMonthly", "lblMonthlyEmpty"), QString());
     EXPECT_EQ(sentence(&view, "stackExpense", "lblExpenseEmpty"), QStringLiteral("2023年には支出の記録がありません。"));
-    EXPECT_FALSE(child<QPushButton>(&view, "btnExpensePNG")->isEnabled());
+    EXPECT_FALSE(in<QPushButton>(&view, "btnExpensePNG")->isEnabled());
 
     ASSERT_TRUE(dm.annualInOutFromItemsTable("2022"));
     view.showYear("2022");
     EXPECT_EQ(sentence(&view, "stackMonthly", "lblMonthlyEmpty"),
               QStringLiteral("2022年には収入と支出の記録がありません。"));
-    EXPECT_FALSE(child<QPushButton>(&view, "btnMonthlyPNG")->isEnabled());
+    EXPECT_FALSE(in<QPushButton>(&view, "btnMonthlyPNG")->isEnabled());
     EXPECT_TRUE(takeMessages().empty());
 }
 
@@ -161,7 +130,7 @@ TEST_F(ChartsTest, HistoryDrawsTheStoresTotalAndTheCheckedAssets)
     view.resize(1000, 700);
     ASSERT_TRUE(view.reload());
     EXPECT_EQ(sentence(&view, "stackHistory", "lblHistoryEmpty"), QStringLiteral("記録がまだないため、資産推移はありません。"));
-    EXPECT_FALSE(child<QPushButton>(&view, "btnHistoryPNG")->isEnabled());
+    EXPECT_FALSE(in<QPushButton>(&view, "btnHistoryPNG")->isEnabled());
 
     addEntry(ginkou, "2024-01-05", 1, 2, 3000);
     ASSERT_TRUE(dm.itemIdouSisanInsert("2024-02-10", 2024, 2, 10, genkin, 3, ginkou, 800, ""));
@@ -171,7 +140,7 @@ TEST_F(ChartsTest, HistoryDrawsTheStoresTotalAndTheCheckedAssets)
     EXPECT_EQ(lines[0]->name(), QStringLiteral("資産合計"));
     EXPECT_EQ(ys(lines[0]), (std::vector<int64_t>{-2000, -2000, -2000, -2000}));  // January to April
 
-    auto* list = child<QListView>(&view, "lstSisan");
+    auto* list = in<QListView>(&view, "lstSisan");
     QAbstractItemModelTester tester(list->model());
     ASSERT_EQ(list->model()->rowCount(), 2);
     list->model()->setData(list->model()->index(1, 0), Qt::Checked, Qt::CheckStateRole);
@@ -192,19 +161,20 @@ TEST_F(ChartsTest, AChartIsSavedAsAPngOfItsSizeAndACancelWritesNothing)
     view.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
 
-    savePath.clear();
-    child<QPushButton>(&view, "btnHistoryPNG")->click();
+    savePaths = {QString()};
+    in<QPushButton>(&view, "btnHistoryPNG")->click();
     EXPECT_FALSE(std::filesystem::exists(dir + "/history.png"));
 
-    savePath = QString::fromStdString(dir + "/history");
-    child<QPushButton>(&view, "btnHistoryPNG")->click();
+    savePaths = {QString::fromStdString(dir + "/history")};
+    in<QPushButton>(&view, "btnHistoryPNG")->click();
     const QImage saved(QString::fromStdString(dir + "/history.png"));
     ASSERT_FALSE(saved.isNull());
-    EXPECT_EQ(saved.size(), child<QChartView>(&view, "chartHistory")->size());
+    EXPECT_EQ(saved.size(), in<QChartView>(&view, "chartHistory")->size());
 
-    savePath = QString::fromStdString(dir + "/no-such-folder/history.png");
-    child<QPushButton>(&view, "btnHistoryPNG")->click();
-    EXPECT_EQ(takeMessages(), (Messages{{"画像を保存できませんでした: " + savePath.toStdString(), "information"}}));
+    const std::string missing = dir + "/no-such-folder/history.png";
+    savePaths = {QString::fromStdString(missing)};
+    in<QPushButton>(&view, "btnHistoryPNG")->click();
+    EXPECT_EQ(takeMessages(), (Messages{{"画像を保存できませんでした: " + missing, "information"}}));
 }
 
 }  // namespace

@@ -11,7 +11,6 @@
 #include <QTabWidget>
 #include <QTableView>
 #include <QTimer>
-#include <deque>
 #include <filesystem>
 #include <fstream>
 
@@ -19,8 +18,6 @@
 #include "reports/SisanReportViewController.h"
 #include "tests/app/AppFixture.h"
 #include "tests/reports/ReportExamples.h"
-#include "ui/Clock.h"
-#include "ui/SaveFileService.h"
 
 namespace {
 
@@ -62,67 +59,25 @@ void expectPdf(const std::string& file, const char* pageSize, int pages, const s
         EXPECT_FALSE((c >= 0x2F00 && c <= 0x2FDF) || (c >= 0xF900 && c <= 0xFAFF)) << static_cast<uint32_t>(c);
 }
 
-// The report windows on a temporary book, with the clock at 15 January 2019
-// and a save dialog answered from `savePaths` ("" cancels).
-class ReportWindowsTest : public AppFixture, private SaveFileService {
+// The report windows, with the clock at 15 January 2019 and files saved in
+// the book's folder.
+class ReportWindowsTest : public AppFixture {
 protected:
     void SetUp() override
     {
         AppFixture::SetUp();
-        setClock([] { return QDateTime(QDate(2019, 1, 15), QTime(10, 0)); });
-        setSaveFileService(this);
-    }
-    void TearDown() override
-    {
-        setSaveFileService(nullptr);
-        EXPECT_TRUE(savePaths.empty()) << "save dialogs expected but not shown";
-        AppFixture::TearDown();
-    }
-
-    template <typename T>
-    T* in(QWidget& window, const char* name)
-    {
-        T* widget = window.findChild<T*>(QString::fromLatin1(name));
-        EXPECT_NE(widget, nullptr) << name;
-        return widget;
+        setClockTo({2019, 1, 15});
     }
     void press(QWidget& window, const char* button, const std::string& answer)
     {
         savePaths.push_back(answer.empty() ? QString() : QString::fromStdString(dir + "/" + answer));
-        auto* b = in<QPushButton>(window, button);
+        auto* b = in<QPushButton>(&window, button);
         ASSERT_TRUE(b->isEnabled()) << button;
         QTest::mouseClick(b, Qt::LeftButton);
-    }
-    Rows rowsOf(QWidget& window, const char* table)
-    {
-        const QAbstractItemModel* model = in<QTableView>(window, table)->model();
-        Rows rows;
-        for (int r = 0; r < model->rowCount(); ++r) {
-            QString line;
-            for (int c = 0; c < model->columnCount(); ++c) line += (c ? "|" : "") + model->index(r, c).data().toString();
-            rows.push_back(line.toStdString());
-        }
-        return rows;
     }
     size_t filesInDir() const
     {
         return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(dir), {}));
-    }
-
-    std::deque<QString> savePaths;
-    QStringList offeredTypes;
-
-private:
-    QString askSavePath(const QStringList& fileTypes) override
-    {
-        offeredTypes = fileTypes;
-        if (savePaths.empty()) {
-            ADD_FAILURE() << "unexpected save dialog";
-            return {};
-        }
-        const QString answer = savePaths.front();
-        savePaths.pop_front();
-        return answer;
     }
 };
 
@@ -137,25 +92,25 @@ TEST_F(ReportWindowsTest, TheAnnualReportShowsAPickedYearAndWritesItAsCsvAndPdf)
     addEntry(asset, "2018-07-01", 1, food + 1, 1500);
     AnnualReportViewController window(open());
     window.show();
-    auto* years = in<QComboBox>(window, "cmbYears");
+    auto* years = in<QComboBox>(&window, "cmbYears");
     EXPECT_EQ(years->count(), 2);
     EXPECT_EQ(years->currentIndex(), -1);
-    EXPECT_FALSE(in<QPushButton>(window, "btnCSV")->isEnabled());
-    EXPECT_FALSE(in<QPushButton>(window, "btnPDF")->isEnabled());
+    EXPECT_FALSE(in<QPushButton>(&window, "btnCSV")->isEnabled());
+    EXPECT_FALSE(in<QPushButton>(&window, "btnPDF")->isEnabled());
     for (const char* table : {"tblItemsIn", "tblItemsOut", "tblTotals"}) {
-        EXPECT_TRUE(rowsOf(window, table).empty());
-        new QAbstractItemModelTester(in<QTableView>(window, table)->model(), &window);
+        EXPECT_TRUE(rowsOf(&window, table).empty());
+        new QAbstractItemModelTester(in<QTableView>(&window, table)->model(), &window);
     }
 
     years->setCurrentIndex(1);
-    EXPECT_EQ(rowsOf(window, "tblItemsIn"), Rows{"給与/その他|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000"});
-    EXPECT_TRUE(rowsOf(window, "tblItemsOut").empty());
-    EXPECT_EQ(rowsOf(window, "tblTotals"), (Rows{"収　入　計|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000",
+    EXPECT_EQ(rowsOf(&window, "tblItemsIn"), Rows{"給与/その他|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000"});
+    EXPECT_TRUE(rowsOf(&window, "tblItemsOut").empty());
+    EXPECT_EQ(rowsOf(&window, "tblTotals"), (Rows{"収　入　計|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000",
                                                  "支　出　計|0|0|0|0|0|0|0|0|0|0|0|0|0",
                                                  "差　引　合　計|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000"}));
     // The グラフ tab follows the pick: 2019 has income and no expense.
-    EXPECT_EQ(in<QLabel>(window, "lblExpenseEmpty")->text(), "2019年には支出の記録がありません。");
-    const QAbstractItemModel* totals = in<QTableView>(window, "tblTotals")->model();
+    EXPECT_EQ(in<QLabel>(&window, "lblExpenseEmpty")->text(), "2019年には支出の記録がありません。");
+    const QAbstractItemModel* totals = in<QTableView>(&window, "tblTotals")->model();
     EXPECT_TRUE(totals->index(0, 13).data(Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignRight);
 
     std::ofstream(dir + "/annual.csv") << "an older, longer export that must go entirely";
@@ -188,15 +143,15 @@ TEST_F(ReportWindowsTest, TheAnnualReportClosesWhenTheYearsCannotBeReadAndKeepsI
     {
         AnnualReportViewController window(dm);
         window.show();
-        in<QComboBox>(window, "cmbYears")->setCurrentIndex(1);
+        in<QComboBox>(&window, "cmbYears")->setCurrentIndex(1);
         exec("ALTER TABLE Himoku RENAME TO Gone");
         dm.readYearsFromItemsTable();  // the store's connection sees the change
-        in<QComboBox>(window, "cmbYears")->setCurrentIndex(0);
+        in<QComboBox>(&window, "cmbYears")->setCurrentIndex(0);
         EXPECT_EQ(takeMessages(), (Messages{{"error prepare select annual income of nen from item: no such table: Himoku",
                                              "stop the app"}}));
-        EXPECT_EQ(rowsOf(window, "tblItemsIn"), Rows{"給与/その他|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000"});
-        EXPECT_FALSE(in<QPushButton>(window, "btnCSV")->isEnabled());
-        EXPECT_FALSE(in<QPushButton>(window, "btnPDF")->isEnabled());
+        EXPECT_EQ(rowsOf(&window, "tblItemsIn"), Rows{"給与/その他|300,000|0|0|0|0|0|0|0|0|0|0|0|300,000"});
+        EXPECT_FALSE(in<QPushButton>(&window, "btnCSV")->isEnabled());
+        EXPECT_FALSE(in<QPushButton>(&window, "btnPDF")->isEnabled());
     }
     exec("DROP TABLE Items");
     dm.readFromSisanTable();  // the store's connection sees the change
@@ -212,7 +167,7 @@ TEST_F(ReportWindowsTest, TheAssetReportShowsTheBalancesAndWritesThemAsCsvAndPdf
     {
         SisanReportViewController empty(open());
         empty.show();
-        EXPECT_EQ(in<QLabel>(empty, "lblTotal")->text(), "0");
+        EXPECT_EQ(in<QLabel>(&empty, "lblTotal")->text(), "0");
         press(empty, "btnSisanPDF", "empty");
         expectPdf(dir + "/empty.pdf", "590 x 840 pts", 1, {"資産レポート", "2019年01月15日", "金額（円）", "0円"});
     }
@@ -220,11 +175,11 @@ TEST_F(ReportWindowsTest, TheAssetReportShowsTheBalancesAndWritesThemAsCsvAndPdf
     addSisan("普通預金", -3000, -3000);
     SisanReportViewController window(open());
     window.show();
-    new QAbstractItemModelTester(in<QTableView>(window, "tblReportSisan")->model(), &window);
-    EXPECT_EQ(rowsOf(window, "tblReportSisan"), (Rows{"現金|12,000", "普通預金|-3,000"}));
-    EXPECT_EQ(in<QLabel>(window, "lblTotal")->text(), "9,000");
-    in<QTabWidget>(window, "tabReport")->setCurrentIndex(1);  // the history is read once its tab shows
-    EXPECT_EQ(in<QLabel>(window, "lblHistoryEmpty")->text(), "記録がまだないため、資産推移はありません。");
+    new QAbstractItemModelTester(in<QTableView>(&window, "tblReportSisan")->model(), &window);
+    EXPECT_EQ(rowsOf(&window, "tblReportSisan"), (Rows{"現金|12,000", "普通預金|-3,000"}));
+    EXPECT_EQ(in<QLabel>(&window, "lblTotal")->text(), "9,000");
+    in<QTabWidget>(&window, "tabReport")->setCurrentIndex(1);  // the history is read once its tab shows
+    EXPECT_EQ(in<QLabel>(&window, "lblHistoryEmpty")->text(), "記録がまだないため、資産推移はありません。");
 
     press(window, "btnSisanCSV", "sisan.CSV");  // an offered extension stays
     EXPECT_EQ(contentOf(dir + "/sisan.CSV"), kSisanExample);

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <QDateTime>
+#include <QTableView>
+#include <QTest>
+#include <deque>
+
+#include "tests/store/StoreFixture.h"
+#include "ui/Clock.h"
+#include "ui/MessageService.h"
+#include "ui/SaveFileService.h"
+
+// A temporary book behind widgets. Every message box the user would see lands
+// in `messages` (store messages included); questions are answered from
+// `answers` (true: the first button) and recorded in `questions` as
+// "message|yes|no"; save dialogs are answered from `savePaths` ("" cancels).
+// The clock reads 23 November 2026, 10:00.
+class GuiFixture : public StoreFixture, private MessageService, private SaveFileService {
+protected:
+    void SetUp() override
+    {
+        StoreFixture::SetUp();
+        setMessageService(this);
+        setSaveFileService(this);
+        installStoreMessageSink();
+        setClockTo({2026, 11, 23});
+    }
+    void TearDown() override
+    {
+        setClock({});
+        setSaveFileService(nullptr);
+        setMessageService(nullptr);
+        EXPECT_TRUE(answers.empty()) << "questions expected but not asked";
+        EXPECT_TRUE(savePaths.empty()) << "save dialogs expected but not shown";
+        StoreFixture::TearDown();
+    }
+
+    static void setClockTo(QDate date, QTime time = {10, 0})
+    {
+        setClock([=] { return QDateTime(date, time); });
+    }
+    template <typename T>
+    static T* in(const QObject* root, const char* name)
+    {
+        T* widget = root->findChild<T*>(QString::fromLatin1(name));
+        EXPECT_NE(widget, nullptr) << name;
+        return widget;
+    }
+    // What a list shows, one line per row, cells separated by "|".
+    static Rows rowsOf(const QObject* root, const char* table)
+    {
+        const QAbstractItemModel* model = in<QTableView>(root, table)->model();
+        Rows rows;
+        for (int r = 0; r < model->rowCount(); ++r) {
+            QString line;
+            for (int c = 0; c < model->columnCount(); ++c) line += (c ? "|" : "") + model->index(r, c).data().toString();
+            rows.push_back(line.toStdString());
+        }
+        return rows;
+    }
+
+    std::deque<bool> answers;
+    Rows questions;
+    std::deque<QString> savePaths;
+    QStringList offeredTypes;
+
+private:
+    void someMessageWithAlert(const QString& message, const QString& informative) override
+    {
+        messages.emplace_back(message.toStdString(), informative.toStdString());
+    }
+    bool yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no) override
+    {
+        questions.push_back((message + "|" + yes + "|" + no).toStdString());
+        if (answers.empty()) ADD_FAILURE() << "unexpected question " << questions.back();
+        if (answers.empty()) return false;
+        const bool answer = answers.front();
+        answers.pop_front();
+        return answer;
+    }
+    QString askSavePath(const QStringList& fileTypes) override
+    {
+        offeredTypes = fileTypes;
+        if (savePaths.empty()) ADD_FAILURE() << "unexpected save dialog";
+        if (savePaths.empty()) return {};
+        const QString answer = savePaths.front();
+        savePaths.pop_front();
+        return answer;
+    }
+};
