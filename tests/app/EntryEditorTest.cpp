@@ -10,8 +10,6 @@
 
 namespace {
 
-const Message kInvalid{"金額の欄に不正なデータがあります", "information"};
-
 // Assets 財布 (opening 10,000) and 銀行 (0); 食費 with 外食, and 給与.
 class EntryEditorTest : public AppFixture {
 protected:
@@ -40,25 +38,27 @@ protected:
     int64_t saifu = 0, ginkou = 0, gaisyoku = 0, kyuuyo = 0;
 };
 
-TEST_F(EntryEditorTest, ANewEntryIsStoredWithItsDateFieldsAndEveryListFollows)
+TEST_F(EntryEditorTest, NewEntriesAreStoredWithTheirDateFieldsAndEveryListFollows)
 {
     start();
     enterNew("rdbSisyutu", "食費/外食", " 1200 ", {2018, 12, 31}, "Mom's");
     enterNew("rdbSyuunyuu", "給与/その他", "0", {2019, 12, 30});
-
     EXPECT_EQ(dump("Items"), "Items:\n"
                              "1|2018-12-31|2018|12|31|1|1|3|NULL|-1|NULL|1200|Mom's|\n"
                              "2|2019-12-30|2019|12|30|1|2|5|NULL|-1|0|NULL||\n");
-    EXPECT_EQ(shown("tblItem"), (Rows{"2018-12-31|食費/外食||1,200|8,800", "2019-12-30|給与/その他|0||8,800"}));
-    EXPECT_EQ(shown("tblSisan"), (Rows{"財布|8,800", "銀行|0"}));
+    EXPECT_EQ(find<QDateEdit>("itemDataDatePicker")->date(), QDate(2019, 12, 30)) << "the last date stays";
+
+    enterNew("rdbIdou", "銀行", "3000", {2019, 12, 31});
+    EXPECT_EQ(shown("tblItem"), (Rows{"2018-12-31|食費/外食||1,200|8,800", "2019-12-30|給与/その他|0||8,800",
+                                      "2019-12-31|銀行||3,000|5,800"}));
+    EXPECT_EQ(shown("tblSisan"), (Rows{"財布|5,800", "銀行|3,000"}));
     EXPECT_EQ(label("lblSisanSouGoukei"), "8,800");
     EXPECT_FALSE(panelShown());
     EXPECT_EQ(panel(), "新規追加|支出||||enabled");
-    EXPECT_EQ(find<QDateEdit>("itemDataDatePicker")->date(), QDate(2019, 12, 30)) << "the last date stays";
     EXPECT_TRUE(messages.empty());
 }
 
-TEST_F(EntryEditorTest, RefusedAmountsKeepThePanelOpenEmptiedAndStoreNothing)
+TEST_F(EntryEditorTest, RefusalsAndStoreFailuresKeepThePanelOpenAndStoreNothing)
 {
     start();
     const std::string before = dumpAll();
@@ -71,11 +71,27 @@ TEST_F(EntryEditorTest, RefusedAmountsKeepThePanelOpenEmptiedAndStoreNothing)
         type("txtItemDataKingaku", QString::fromUtf8(text));
         type("txtItemDataBikou", "memo");
         click("btnItemDataOK");
-        EXPECT_EQ(takeMessages(), Messages{kInvalid});
+        EXPECT_EQ(takeMessages(), (Messages{{"金額の欄に不正なデータがあります", "information"}}));
         EXPECT_TRUE(panelShown());
         EXPECT_EQ(panel(), "新規追加|支出||||enabled");
         EXPECT_TRUE(find<QLineEdit>("txtItemDataKingaku")->styleSheet().contains("2px solid red"));
     }
+
+    // A transfer is checked for its destination before its amount.
+    click("rdbIdou");
+    EXPECT_EQ(label("lblHimokuTitle"), "移動先資産");
+    type("txtItemDataKingaku", "abc");
+    click("btnItemDataOK");
+    click("rdbIdou");
+    pickCombo("財布");
+    type("txtItemDataKingaku", "abc");
+    click("btnItemDataOK");
+    EXPECT_EQ(panel(), "新規追加|支出||||enabled");
+    EXPECT_EQ(label("lblHimokuTitle"), "費目");
+    click("btnItemDataOK");  // no category picked
+    EXPECT_EQ(takeMessages(), (Messages{{"移動先資産を選択してください。", "information"},
+                                        {"移動元と移動先が同じです。処理を中止します。", "information"},
+                                        {"費目を選択してください。", "information"}}));
     EXPECT_EQ(dumpAll(), before);
 
     // The largest 32-bit amount and leading zeros are accepted; the red mark goes.
@@ -84,36 +100,14 @@ TEST_F(EntryEditorTest, RefusedAmountsKeepThePanelOpenEmptiedAndStoreNothing)
     EXPECT_EQ(shown("tblItem"), (Rows{"2024-05-01|給与/その他|2,147,483,647||2,147,493,647",
                                       "2024-05-01|食費/外食||7|2,147,493,640"}));
     EXPECT_TRUE(find<QLineEdit>("txtItemDataKingaku")->styleSheet().isEmpty());
-    EXPECT_TRUE(messages.empty());
-}
 
-TEST_F(EntryEditorTest, TransfersAreCheckedForTheirDestinationBeforeTheAmount)
-{
-    start();
-    const std::string before = dumpAll();
-    click("btnNewItem");
-    click("rdbIdou");
-    EXPECT_EQ(label("lblHimokuTitle"), "移動先資産");
-    type("txtItemDataKingaku", "abc");
-    click("btnItemDataOK");
-    EXPECT_EQ(takeMessages(), (Messages{{"移動先資産を選択してください。", "information"}}));
-
-    click("rdbIdou");
-    pickCombo("財布");
-    type("txtItemDataKingaku", "abc");
-    click("btnItemDataOK");
-    EXPECT_EQ(takeMessages(), (Messages{{"移動元と移動先が同じです。処理を中止します。", "information"}}));
-    EXPECT_EQ(panel(), "新規追加|支出||||enabled");
-    EXPECT_EQ(label("lblHimokuTitle"), "費目");
-
-    click("btnItemDataOK");  // no category picked
-    EXPECT_EQ(takeMessages(), (Messages{{"費目を選択してください。", "information"}}));
-    EXPECT_EQ(dumpAll(), before);
-
-    enterNew("rdbIdou", "銀行", "3000");
-    EXPECT_EQ(shown("tblItem"), Rows{"2024-05-01|銀行||3,000|7,000"});
-    EXPECT_EQ(shown("tblSisan"), (Rows{"財布|7,000", "銀行|3,000"}));
-    EXPECT_EQ(label("lblSisanSouGoukei"), "10,000");
+    const std::string accepted = dumpAll();
+    armFailure("Items", "INSERT", "1");
+    enterNew("rdbSisyutu", "食費/外食", "1200");
+    EXPECT_EQ(takeMessages(), (Messages{{"failure inserting item Syukkin,Nyuukin: boom", "information"}}));
+    EXPECT_TRUE(panelShown());
+    EXPECT_EQ(dumpAll(), accepted);
+    EXPECT_EQ(shown("tblItem").size(), 2u);
 }
 
 TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
@@ -121,10 +115,6 @@ TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
     const int64_t in = addEntry(saifu, "2024-01-10", 2, kyuuyo, 500);
     const int64_t out = addEntry(saifu, "2024-01-20", 1, gaisyoku, 300);
     start();
-
-    click("btnEditUpdateItem");
-    EXPECT_EQ(takeMessages(), (Messages{{"データ行を選択してから編集してください。", "information"}}));
-
     selectRow("tblItem", 0);
     click("btnEditUpdateItem");
     EXPECT_EQ(panel(), "編集更新|収入|給与/その他|500||disabled");
@@ -190,9 +180,6 @@ TEST_F(EntryEditorTest, DeletingAsksFirstAndTakesBothSidesOfATransfer)
     start();
     enterNew("rdbIdou", "銀行", "3000", {2024, 2, 1});
     enterNew("rdbIdou", "銀行", "4000", {2024, 3, 1});
-    click("btnDeleteItem");
-    EXPECT_EQ(takeMessages(), (Messages{{"データ行を選択してから削除してください。", "information"}}));
-
     selectRow("tblItem", 1);
     click("btnEditUpdateItem");
     EXPECT_EQ(takeMessages(),
@@ -236,18 +223,6 @@ TEST_F(EntryEditorTest, DeletingAsksFirstAndTakesBothSidesOfATransfer)
     EXPECT_TRUE(messages.empty());
 }
 
-TEST_F(EntryEditorTest, AStoreFailureKeepsThePanelAndTheData)
-{
-    start();
-    armFailure("Items", "INSERT", "1");
-    const std::string before = dumpAll();
-    enterNew("rdbSisyutu", "食費/外食", "1200");
-    EXPECT_EQ(takeMessages(), (Messages{{"failure inserting item Syukkin,Nyuukin: boom", "information"}}));
-    EXPECT_TRUE(panelShown());
-    EXPECT_EQ(dumpAll(), before);
-    EXPECT_EQ(shown("tblItem"), Rows{});
-}
-
 TEST_F(EntryEditorTest, EnterAndEscapeInAPopUpActOnThePopUpOnly)
 {
     start();
@@ -256,7 +231,7 @@ TEST_F(EntryEditorTest, EnterAndEscapeInAPopUpActOnThePopUpOnly)
     type("txtItemDataKingaku", "1200");
     auto* combo = find<QComboBox>("cmbItemDataHimomku");
     auto* picker = find<QDateEdit>("itemDataDatePicker");
-    pickDate({2024, 5, 1});
+    picker->setDate({2024, 5, 1});
     // Escape closes the pop-up, Enter picks in it: the category list, then the calendar.
     for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return}) {
         combo->showPopup();
