@@ -39,7 +39,7 @@ protected:
 
 TEST_F(ListsTest, HeaderClicksSortAscendingThenDescendingUntilTheNextRead)
 {
-    ViewController& w = start();
+    start();
     QAbstractItemModelTester sisanTester(find<QTableView>("tblSisan")->model());
     QAbstractItemModelTester itemTester(find<QTableView>("tblItem")->model());
 
@@ -50,8 +50,6 @@ TEST_F(ListsTest, HeaderClicksSortAscendingThenDescendingUntilTheNextRead)
     clickHeader("tblItem", "残高");
     EXPECT_EQ(column(4), (Rows{"900", "1,100", "1,300", "1,400"}));
 
-    clickHeader("tblItem", "支出");
-    EXPECT_EQ(column(3)[3], "300");
     clickHeader("tblItem", "費目");
     EXPECT_EQ(column(1), (Rows{"給与/その他", "給与/その他", "食費/その他", "食費/外食"}));
     clickHeader("tblSisan", "残高");  // the asset list does not sort
@@ -64,7 +62,6 @@ TEST_F(ListsTest, HeaderClicksSortAscendingThenDescendingUntilTheNextRead)
     EXPECT_EQ(column(0), (Rows{"2024-01-01", "2024-01-02", "2024-01-03", "2024-01-04"}));
     clickHeader("tblItem", "支出");
     EXPECT_EQ(column(3), (Rows{"", "", "100", "300"}));
-    EXPECT_TRUE(w.DM.itemSortASC.at("Hizuke"));
 }
 
 TEST_F(ListsTest, AnEditAfterASortChangesTheEntryShownInTheEditedRow)
