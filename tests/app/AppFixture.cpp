@@ -6,7 +6,6 @@
 #include <QComboBox>
 #include <QDateEdit>
 #include <QHeaderView>
-#include <QLabel>
 #include <QLineEdit>
 #include <QTableView>
 
@@ -82,9 +81,4 @@ void AppFixture::enterNew(const char* kind, const QString& combo, const QString&
     type("txtItemDataKingaku", kingaku);
     type("txtItemDataBikou", bikou);
     click("btnItemDataOK");
-}
-
-QString AppFixture::label(const char* name)
-{
-    return find<QLabel>(name)->text();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDate>
+#include <QLabel>
 #include <QString>
 
 #include "app/ViewController.h"
@@ -24,7 +25,7 @@ protected:
         return in<T>(vc.get(), name);
     }
     Rows shown(const char* table) { return rowsOf(vc.get(), table); }
-    QString label(const char* name);
+    QString label(const char* name) { return find<QLabel>(name)->text(); }
     bool panelShown() { return find<QWidget>("itemData")->isVisible(); }
 
     void click(const char* button);

@@ -61,7 +61,6 @@ protected:
         return group->isVisible() ? group->title() : QStringLiteral("(hidden)");
     }
     QString text(const char* field) { return find<QLineEdit>(field)->text(); }
-    void deselect(const char* table) { find<QTableView>(table)->selectionModel()->clearSelection(); }
 
     std::unique_ptr<Editor> editor;
     std::unique_ptr<QAbstractItemModelTester> tester;
