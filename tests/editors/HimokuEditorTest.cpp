@@ -50,8 +50,13 @@ protected:
     void pickKind(int position) { find<QComboBox>("cmbHimokuSyubetuNo")->setCurrentIndex(position); }
 };
 
-TEST_F(HimokuEditorTest, PreparingButtonsFillTheBoxOrSayWhichRowToSelect)
+// Preparing fills the box or says which row to select; confirming refusals,
+// declines and failures leave the box and the book as they were.
+TEST_F(HimokuEditorTest, PreparingAndRefusingLeaveTheBookAlone)
 {
+    ViewController& w = start();
+    const Items* shownRow = w.DM.itemList.front().get();
+    const std::string before = dumpAll();
     openEditor();
     EXPECT_EQ(editor->windowTitle(), "費目の設定");
     EXPECT_EQ(shown("tblHimokuKoumoku"),
@@ -90,6 +95,44 @@ TEST_F(HimokuEditorTest, PreparingButtonsFillTheBoxOrSayWhichRowToSelect)
     EXPECT_EQ(editor->syoriNo(), PrefsHimokuViewController::kHimokuTuika);
     for (const char* field : {"txtHimokuKoumokuId", "txtHno", "txtUcount"})
         EXPECT_TRUE(find<QLineEdit>(field)->isReadOnly()) << field;
+
+    // Confirming without a kind or a name is refused; nothing changes.
+    click("btnHimokuKoumokuOkLabel");
+    pickKind(1);
+    type("txtHimokuMeisyou", "　 ");
+    click("btnHimokuKoumokuOkLabel");
+    prepare(0, "btnUtiwakeTuika");
+    type("txtUtiwakeMeisyou", " ");
+    click("btnHimokuKoumokuOkLabel");
+    prepare(1, "btnHimokuHensyuu");
+    type("txtUtiwakeMeisyou", "");
+    click("btnHimokuKoumokuOkLabel");
+    prepare(0, "btnHimokuHensyuu");
+    type("txtHimokuMeisyou", "");
+    click("btnHimokuKoumokuOkLabel");
+    EXPECT_EQ(takeMessages(), (Messages{{"種別番号が不正です", "information"},
+                                        {"費目の名前がありません？", "information"},
+                                        {"内訳の名前がありません？", "information"},
+                                        {"内訳の名前がありません？", "information"},
+                                        {"費目の名前がありません？", "information"}}));
+
+    // The entries' delete fails after the category rows are gone: all stay.
+    armFailure("Items", "DELETE", "1");
+    prepare(0, "btnHimokuSakujyo");
+    answers = {false, true};
+    click("btnHimokuKoumokuOkLabel");
+    click("btnHimokuKoumokuOkLabel");
+    EXPECT_EQ(takeMessages(), (Messages{{"failure delet  items from himoku delete: boom", "information"}}));
+    EXPECT_EQ(dumpAll(), before);
+    EXPECT_EQ(box(), "費目の削除|この費目の削除の実行|この削除の取消|NNN|0|食費||1|1|2");
+    EXPECT_FALSE(editor->changed());
+
+    // Escape in the box cancels the box, not the editor.
+    QTest::keyClick(find<QPushButton>("btnHimokuKoumokuOkLabel"), Qt::Key_Escape);
+    EXPECT_EQ(box(), "(hidden)");
+    EXPECT_TRUE(editor->isVisible());
+    click("btnClose");
+    EXPECT_EQ(w.DM.itemList.front().get(), shownRow) << "nothing read again";
 }
 
 TEST_F(HimokuEditorTest, EachOperationReachesTheBookAndTheWindowFollowsOnClose)
@@ -136,51 +179,6 @@ TEST_F(HimokuEditorTest, EachOperationReachesTheBookAndTheWindowFollowsOnClose)
     EXPECT_EQ(shown("tblSisan"), (Rows{"S|9,900", "T|500"}));
     EXPECT_EQ(label("lblSisanSouGoukei"), "10,400");
     EXPECT_TRUE(messages.empty());
-}
-
-TEST_F(HimokuEditorTest, RefusalsDeclinesAndFailuresLeaveTheBoxAndTheBook)
-{
-    ViewController& w = start();
-    const Items* shownRow = w.DM.itemList.front().get();
-    openEditor();
-    const std::string before = dumpAll();
-    prepare(-1, "btnHimokuTuika");
-    click("btnHimokuKoumokuOkLabel");
-    pickKind(1);
-    type("txtHimokuMeisyou", "　 ");
-    click("btnHimokuKoumokuOkLabel");
-    prepare(0, "btnUtiwakeTuika");
-    type("txtUtiwakeMeisyou", " ");
-    click("btnHimokuKoumokuOkLabel");
-    prepare(1, "btnHimokuHensyuu");
-    type("txtUtiwakeMeisyou", "");
-    click("btnHimokuKoumokuOkLabel");
-    prepare(0, "btnHimokuHensyuu");
-    type("txtHimokuMeisyou", "");
-    click("btnHimokuKoumokuOkLabel");
-    EXPECT_EQ(takeMessages(), (Messages{{"種別番号が不正です", "information"},
-                                        {"費目の名前がありません？", "information"},
-                                        {"内訳の名前がありません？", "information"},
-                                        {"内訳の名前がありません？", "information"},
-                                        {"費目の名前がありません？", "information"}}));
-
-    // The entries' delete fails after the category rows are gone: all stay.
-    armFailure("Items", "DELETE", "1");
-    prepare(0, "btnHimokuSakujyo");
-    answers = {false, true};
-    click("btnHimokuKoumokuOkLabel");
-    click("btnHimokuKoumokuOkLabel");
-    EXPECT_EQ(takeMessages(), (Messages{{"failure delet  items from himoku delete: boom", "information"}}));
-    EXPECT_EQ(dumpAll(), before);
-    EXPECT_EQ(box(), "費目の削除|この費目の削除の実行|この削除の取消|NNN|0|食費||1|1|2");
-    EXPECT_FALSE(editor->changed());
-
-    // Escape in the box cancels the box, not the editor.
-    QTest::keyClick(find<QPushButton>("btnHimokuKoumokuOkLabel"), Qt::Key_Escape);
-    EXPECT_EQ(box(), "(hidden)");
-    EXPECT_TRUE(editor->isVisible());
-    click("btnClose");
-    EXPECT_EQ(w.DM.itemList.front().get(), shownRow) << "nothing read again";
 }
 
 // A category named "/" gives sub-item names that split into one piece.
