@@ -55,7 +55,6 @@ TEST_F(EntryEditorTest, NewEntriesAreStoredWithTheirDateFieldsAndEveryListFollow
     EXPECT_EQ(label("lblSisanSouGoukei"), "8,800");
     EXPECT_FALSE(panelShown());
     EXPECT_EQ(panel(), "新規追加|支出||||enabled");
-    EXPECT_TRUE(messages.empty());
 }
 
 TEST_F(EntryEditorTest, RefusalsAndStoreFailuresKeepThePanelOpenAndStoreNothing)
@@ -157,7 +156,6 @@ TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
     EXPECT_EQ(dumpAll(), kept);
     EXPECT_TRUE(panelShown());
     EXPECT_EQ(panel(), "編集更新|支出||||disabled");
-    EXPECT_TRUE(messages.empty());
 
     // Whatever gets selected meanwhile, the edit stays with its asset and entry.
     find<QTableView>("tblSisan")->selectRow(1);
@@ -218,7 +216,6 @@ TEST_F(EntryEditorTest, DeletingAsksFirstAndTakesBothSidesOfATransfer)
     QTest::keyClick(find<QTableView>("tblItem"), Qt::Key_Delete);
     EXPECT_EQ(questions.back(), "選択した行のデータを削除しますか？|削除する|しない");
     EXPECT_EQ(shown("tblSisan"), (Rows{"財布|10,000", "銀行|0"}));
-    EXPECT_TRUE(messages.empty());
 }
 
 TEST_F(EntryEditorTest, EnterAndEscapeInAPopUpActOnThePopUpOnly)
@@ -249,7 +246,6 @@ TEST_F(EntryEditorTest, EnterAndEscapeInAPopUpActOnThePopUpOnly)
     EXPECT_EQ(combo->currentText(), "食費/外食");
     EXPECT_EQ(picker->date(), QDate(2024, 5, 2));
     EXPECT_EQ(dumpAll(), before);
-    EXPECT_TRUE(messages.empty());
 }
 
 }  // namespace

@@ -11,9 +11,9 @@
 #include "ui/SaveFileService.h"
 
 // A temporary book behind widgets. Every message box the user would see lands
-// in `messages` (store messages included); questions are answered from
-// `answers` (true: the first button) and recorded in `questions` as
-// "message|yes|no"; save dialogs are answered from `savePaths` ("" cancels).
+// in `messages` (store messages included), which a test must take before it
+// ends; questions are answered from `answers` (true: the first button) and
+// recorded in `questions` as "message|yes|no"; save dialogs are answered from `savePaths` ("" cancels).
 // The clock reads 23 November 2026, 10:00.
 class GuiFixture : public StoreFixture, private MessageService, private SaveFileService {
 protected:
@@ -30,6 +30,7 @@ protected:
         setClock({});
         setSaveFileService(nullptr);
         setMessageService(nullptr);
+        for (const Message& m : messages) ADD_FAILURE() << "message not checked: " << m.first;
         EXPECT_TRUE(answers.empty()) << "questions expected but not asked";
         EXPECT_TRUE(savePaths.empty()) << "save dialogs expected but not shown";
         StoreFixture::TearDown();
