@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 #include <filesystem>
 #include <list>
@@ -17,18 +18,7 @@ constexpr int kWaitMs = 15000;
 
 class ProcessTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        char pattern[] = "/tmp/zenvora-process-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        home = pattern;
-        book = home + "/Zenvora/Zenvora.sql";
-    }
-    void TearDown() override
-    {
-        processes.clear();  // each QProcess kills and reaps its program
-        std::filesystem::remove_all(home);
-    }
+    void SetUp() override { ASSERT_TRUE(temp.isValid()); }
 
     QProcess& launch(const QStringList& arguments = {})
     {
@@ -44,8 +34,10 @@ protected:
     // A program that answers a request to raise its window runs its event loop.
     static bool answers(const std::string& path) { return SingleInstance::askRunningToRaise(path, 500); }
 
-    std::string home, book;
-    std::list<QProcess> processes;
+    QTemporaryDir temp{"/tmp/zenvora-process-XXXXXX"};
+    const std::string home = temp.path().toStdString();
+    const std::string book = home + "/Zenvora/Zenvora.sql";
+    std::list<QProcess> processes;  // killed and reaped before the folder goes
 };
 
 // --book opens and provisions that book only; a second start on it raises
