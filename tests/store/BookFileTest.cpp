@@ -31,10 +31,18 @@ const char* const kIndexCount =
     "SELECT COUNT(*) FROM sqlite_master WHERE type='index' AND name IN ('Items_SisanNo_Hizuke', "
     "'Items_Nen_SyubetuNo_HimokuNo', 'Items_HimokuNo', 'Items_IdouSisanNo')";
 
-TEST_F(BookFileTest, AMissingDirectoryGetsAPrivateDatabaseWithTheStarterBook)
+TEST_F(BookFileTest, AnExistingBookOnlyGainsItsMissingIndexesAndAMissingOneIsAPrivateStarterBook)
 {
+    addSmallBook();
+    exec("DROP INDEX Items_HimokuNo; DROP INDEX Items_IdouSisanNo");
+    const std::string before = dumpAll();
+    std::string error;
+    ASSERT_TRUE(provisionResourceDirectory(dir, &error)) << error;
+    EXPECT_EQ(scalar(kIndexCount), 4);
+    EXPECT_EQ(dumpAll(), before);
+
     const std::string home = dir + "/data/Zenvora";
-    std::string error = "stale";
+    error = "stale";
     ASSERT_TRUE(provisionResourceDirectory(home, &error)) << error;
     EXPECT_EQ(error, "");
     EXPECT_EQ(modeOf(home + "/Zenvora.sql"), 0600u);
@@ -61,18 +69,6 @@ TEST_F(BookFileTest, AMissingDirectoryGetsAPrivateDatabaseWithTheStarterBook)
     EXPECT_EQ(list.front()->SyubetuNo, 1);
     EXPECT_EQ(list.back()->SyubetuNo, 2);
     EXPECT_TRUE(takeMessages().empty());
-}
-
-TEST_F(BookFileTest, AnExistingDatabaseOnlyGainsItsMissingIndexes)
-{
-    addSmallBook();
-    exec("DROP INDEX Items_HimokuNo; DROP INDEX Items_IdouSisanNo");
-    const std::string before = dumpAll();
-
-    std::string error;
-    ASSERT_TRUE(provisionResourceDirectory(dir, &error)) << error;
-    EXPECT_EQ(scalar(kIndexCount), 4);
-    EXPECT_EQ(dumpAll(), before);
 }
 
 TEST_F(BookFileTest, EveryKindOfBookGetsItsVerdictAndStaysByteForByte)
@@ -155,8 +151,14 @@ protected:
     std::string error;
 };
 
-TEST_F(BackupTest, OnePrivateCopyADayAndTheNewestFourteenStay)
+// A failing backup folder is reported by the application's test.
+TEST_F(BackupTest, OnePrivateCopyADayTheNewestFourteenStayAndACancelledOrFailedCopyLeavesNothing)
 {
+    const std::atomic<bool> cancel{true};
+    EXPECT_EQ(backupBookOnce(path, backups(), "20260101", 14, &error, &cancel), BackupResult::Cancelled);
+    EXPECT_EQ(backupBookOnce(dir + "/missing.sql", backups(), "20260101", 14, &error), BackupResult::Failed);
+    EXPECT_TRUE(fs::is_empty(backups()));
+
     addSisan("現金", 100, 100);
     ASSERT_EQ(backup("20260101"), BackupResult::Made) << error;
     EXPECT_EQ(modeOf(backupPath(backups(), "20260101")), 0600u);
@@ -180,15 +182,6 @@ TEST_F(BackupTest, OnePrivateCopyADayAndTheNewestFourteenStay)
     EXPECT_EQ(left.front(), "Zenvora-20250101.sql.bak");
     EXPECT_EQ(left[1], "Zenvora-20260103.sql");
     EXPECT_EQ(left.back(), "notes.txt");
-}
-
-// A failing backup folder is reported by the application's test.
-TEST_F(BackupTest, ACancelledOrFailedCopyLeavesNothing)
-{
-    const std::atomic<bool> cancel{true};
-    EXPECT_EQ(backupBookOnce(path, backups(), "20261123", 14, &error, &cancel), BackupResult::Cancelled);
-    EXPECT_EQ(backupBookOnce(dir + "/missing.sql", backups(), "20261123", 14, &error), BackupResult::Failed);
-    EXPECT_TRUE(fs::is_empty(backups()));
 }
 
 }  // namespace
