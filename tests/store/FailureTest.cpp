@@ -18,35 +18,26 @@ namespace {
 
 using Write = std::function<bool(DataModel&)>;
 
-class FailureTest : public StoreFixture {
-protected:
-    void SetUp() override
-    {
-        StoreFixture::SetUp();
-        addSmallBook();
-    }
-};
+using FailureTest = StoreFixture;
 
-TEST_F(FailureTest, AMissingDatabaseFileReportsTheAssetReadAndSkipsTheCategories)
+// A missing file reports the asset read and skips the categories; a file
+// that cannot be opened at all reports the open, then the read. Out-of-range
+// amounts are refused before any write is tried, so even a read-only book
+// shows their own message.
+TEST_F(FailureTest, MissingReadOnlyAndOutOfRangeWritesAreRefusedWithTheirMessages)
 {
     const std::string missing = dir + "/missing.sql";
-    DataModel dm(missing);
+    DataModel absent(missing);
     EXPECT_EQ(takeMessages(), (Messages{{"error prepare selct from sisan: no such table: Sisan", "stop the app"}}));
-    EXPECT_TRUE(dm.sisanList.empty() && dm.himokuList.empty());
+    EXPECT_TRUE(absent.sisanList.empty() && absent.himokuList.empty());
     EXPECT_TRUE(std::filesystem::exists(missing));
-    EXPECT_TRUE(dm.updateSisanZankinTable());  // nothing to write back
-
-    // A file that cannot be opened at all: the open reports, then the read.
+    EXPECT_TRUE(absent.updateSisanZankinTable());  // nothing to write back
     DataModel unopenable(dir + "/no/such/dir/Zenvora.sql");
     EXPECT_EQ(takeMessages(),
               (Messages{{"error open database : unable to open database file", "stop the app"},
                         {"error prepare selct from sisan: unable to open database file", "stop the app"}}));
-}
 
-// Out-of-range amounts are refused before anything is written, so even a
-// read-only book shows their own message.
-TEST_F(FailureTest, AReadOnlyBookAndAmountsOutsideThirtyTwoBitsRefuseEveryWriteWithTheirMessage)
-{
+    addSmallBook();
     const int64_t entry = addEntry(1, "2024-01-01", 1, 2, 0);
     ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
     ASSERT_EQ(::chmod(dir.c_str(), 0755), 0);
