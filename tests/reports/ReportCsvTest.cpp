@@ -26,19 +26,14 @@ protected:
 
 }  // namespace
 
-TEST_F(ReportCsvTest, TheAnnualExampleComesOutByteForByte)
-{
-    const int64_t asset = addSisan("現金", 0, 0);
-    const int64_t kyuuyo = addCategory(2, "給与");
-    addEntry(asset, "2019-01-25", 2, kyuuyo + 1, 300000);
-    EXPECT_EQ(annualCsv("2019"), kAnnualExample);
-}
-
-TEST_F(ReportCsvTest, NegativeCellsArePlainAndALabelWithACommaIsNotQuoted)
+TEST_F(ReportCsvTest, TheAnnualExampleComesOutByteForByteAndNegativeCellsAndCommasArePlain)
 {
     const int64_t asset = addSisan("現金", 0, 0);
     const int64_t kyuuyo = addCategory(2, "給与");
     const int64_t food = addCategory(1, "食費,外食");
+    addEntry(asset, "2019-01-25", 2, kyuuyo + 1, 300000);
+    EXPECT_EQ(annualCsv("2019"), kAnnualExample);
+
     addEntry(asset, "2018-03-01", 2, kyuuyo + 1, 1000);
     addEntry(asset, "2018-03-02", 1, food + 1, 1234567);
     EXPECT_EQ(annualCsv("2018"), "2018 年度 ,\u30002019年01月15日\n" + kAnnualHeading +

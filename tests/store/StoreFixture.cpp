@@ -108,6 +108,14 @@ int64_t StoreFixture::addCategory(long long kind, const std::string& namae, std:
     return id;
 }
 
+void StoreFixture::addSmallBook()
+{
+    addSisan("S", 10000, 10000);
+    addSisan("T", 0, 0);
+    addCategory(1, "食費", {"外食"});
+    addCategory(2, "給与");
+}
+
 std::string StoreFixture::bookBytes() const
 {
     std::ifstream in(path, std::ios::binary);

@@ -48,6 +48,9 @@ protected:
                      long long amount);
     // A category, its その他 and further sub-items, in Id order; returns its Id.
     int64_t addCategory(long long kind, const std::string& namae, std::vector<std::string> subItems = {});
+    // Assets S (1, opening 10,000) and T (2, opening 0); 食費 (1) with その他
+    // (2) and 外食 (3); 給与 (4) with その他 (5).
+    void addSmallBook();
     // Makes the store's writes that match `when` fail with the reason "boom".
     void armFailure(const std::string& table, const std::string& event, const std::string& when);
     Messages takeMessages() { return std::exchange(messages, {}); }

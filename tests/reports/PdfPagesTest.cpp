@@ -1,0 +1,239 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+#include "reports/AnnualReportPDFPage.h"
+#include "reports/AnnualReportRows.h"
+#include "reports/PageRoutines.h"
+#include "reports/PdfDocument.h"
+#include "reports/RecordingCanvas.h"
+#include "reports/SisanReportPDFPage.h"
+#include "store/Sisan.h"
+
+namespace {
+
+using Line = RecordingCanvas::Line;
+using Text = RecordingCanvas::Text;
+
+constexpr double kGrey = 1.0 / 3.0;
+
+std::string stamp()
+{
+    return "2019年01月15日";
+}
+
+TEST(PageRoutinesTest, AmountsFillTheirFieldFromTheRightAndPointsBecomePdfSpace)
+{
+    const struct {
+        int64_t amount;
+        int digits;
+        const char* field;
+    } cases[] = {
+        {0, 10, "         0"},          {-500, 10, "      -500"},   {1234567, 10, " 1,234,567"},
+        {123456789, 10, "23,456,789"},  {-10000000, 10, "10,000,000"}, {1234, 3, "234"},
+        {7, 0, "7"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(int2stringWithComma(c.amount, c.digits), c.field) << c.amount;
+    EXPECT_EQ(int2stringWithComma(-500), "      -500");  // 10 by default
+
+    EXPECT_EQ(makeRect(595, 50, 50, 300, 30), (PageRect{50, 545, 300, 30}));
+    RecordingCanvas canvas;
+    drawLine(canvas, 840, 0.3, {50, 300}, {350, 300});
+    // Drawn from the second point to the first, in dark grey.
+    EXPECT_EQ(canvas.lines, (std::vector<Line>{{{350, 540}, {50, 540}, 0.3, kGrey}}));
+}
+
+const PageFont kTable{"Helvetica", 10};
+
+// nIn income rows, the income total, nOut expense rows, the two last totals;
+// every label names its position in the combined list.
+AnnualReportRows combined(int nIn, int nOut)
+{
+    AnnualReportRows rows;
+    rows.incomeRows = nIn;
+    rows.expenseRows = nOut;
+    for (int i = 0; i < nIn + nOut + 3; ++i) {
+        rows.names.push_back("row" + std::to_string(i));
+        rows.data.push_back(std::vector<int64_t>(13, i));
+    }
+    return rows;
+}
+
+// The line under a total: along grid row o, at y = 595 - (70 + 20 o).
+Line underTotal(int o)
+{
+    const double y = 525 - 20.0 * o;
+    return {{835, y}, {20, y}, 0.5, kGrey};
+}
+
+TEST(AnnualReportPDFPageTest, APageDrawsItsFrameTitleHeadingsAndRowsWhereTheyBelong)
+{
+    // 5 income and 4 expense sub-items: the totals' lines at grid rows 7 and 12.
+    auto pages = annualReportPages("2019", combined(5, 4), stamp);
+    ASSERT_EQ(pages.size(), 1u);
+    const AnnualReportPDFPage& page = *pages[0];
+    EXPECT_EQ(page.bounds(), (PageSize{842, 595}));
+    RecordingCanvas canvas;
+    page.draw(canvas);
+
+    EXPECT_EQ(canvas.lines, (std::vector<Line>{
+                                {{835, 525}, {20, 525}, 1.0, kGrey},  // top border
+                                {{835, 505}, {20, 505}, 1.0, kGrey},  // under the headings
+                                {{835, 25}, {20, 25}, 1.0, kGrey},    // bottom border
+                                {{20, 25}, {20, 525}, 1.0, kGrey},    // left border
+                                {{835, 25}, {835, 525}, 1.0, kGrey},  // right border
+                                {{180, 25}, {180, 525}, 0.5, kGrey},  // right of the labels
+                                underTotal(7),
+                                underTotal(12),
+                            }));
+
+    // Title, 14 headings, 12 rows of a label and 13 amounts.
+    ASSERT_EQ(canvas.texts.size(), 1u + 14u + 12u * 14u);
+    const auto& t = canvas.texts;
+    EXPECT_EQ(t[0], (Text{"2019 年度\u3000レポート\u30002019年01月15日", {50, 545, 300, 30}, {"Helvetica", 12}, {}}));
+    EXPECT_EQ(t[1], (Text{" 名\u3000称", {25, 503, 160, 20}, kTable, {}}));
+    EXPECT_EQ(t[2], (Text{"     1 月", {185, 503, 50, 20}, kTable, {}}));
+    EXPECT_EQ(t[13], (Text{"    12 月", {735, 503, 50, 20}, kTable, {}}));
+    EXPECT_EQ(t[14], (Text{"      計", {785, 503, 55, 20}, kTable, {}}));
+    // The first row: its label, January ending 3 points before February's
+    // edge, and the year total ending before the right border.
+    EXPECT_EQ(t[15], (Text{"row0", {25, 483, 160, 20}, kTable, {}}));
+    EXPECT_EQ(t[16], (Text{"         0", {185, 483, 50, 20}, kTable, 227.0}));
+    EXPECT_EQ(t[28], (Text{"         0", {785, 483, 55, 20}, kTable, 832.0}));
+    // The last row (the balance) 11 rows further down.
+    EXPECT_EQ(t[15 + 11 * 14], (Text{"row11", {25, 263, 160, 20}, kTable, {}}));
+    EXPECT_EQ(t[15 + 11 * 14 + 1].text, "        11");
+
+    // An impossible grid column is reported and drawn at the left edge.
+    testing::internal::CaptureStdout();
+    const PagePoint point = page.rcPoint(2, 15, 5, 2);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "error in rcPoint 15\n");
+    EXPECT_EQ(point, (PagePoint{25, 112}));
+}
+
+TEST(AnnualReportPDFPageTest, RowsGoTwentyFourToAPageWithTheTotalsLinesWhereTheirRowsFall)
+{
+    const struct {
+        int nIn, nOut;
+        std::vector<size_t> rowsPerPage;
+        std::vector<std::pair<int, int>> offsets;  // (income, expense) per page
+    } cases[] = {
+        {10, 11, {24}, {{12, 24}}},                 // n = 24: one page
+        {10, 12, {24, 1}, {{12, -1}, {-1, 1}}},     // n = 25: the balance alone on page 2
+        {23, 5, {24, 7}, {{-1, -1}, {1, 7}}},       // income total in the last place of page 1
+        {24, 0, {24, 3}, {{-1, -1}, {2, 3}}},       // income total in the first place of page 2
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.nIn << " income rows, " << c.nOut << " expense rows");
+        const auto pages = annualReportPages("2019", combined(c.nIn, c.nOut), stamp);
+        ASSERT_EQ(pages.size(), c.rowsPerPage.size());
+        for (size_t p = 0; p < pages.size(); ++p) {
+            EXPECT_EQ(pages[p]->names.size(), c.rowsPerPage[p]);
+            EXPECT_EQ(pages[p]->names.front(), "row" + std::to_string(24 * p));
+            EXPECT_EQ(pages[p]->rowOffsetOfIncomeTotal, c.offsets[p].first) << "page " << p;
+            EXPECT_EQ(pages[p]->rowOffsetOfSpenddingTotal, c.offsets[p].second) << "page " << p;
+        }
+    }
+    // A page of 24 rows fills its frame to the last row.
+    RecordingCanvas canvas;
+    annualReportPages("2019", combined(10, 11), stamp)[0]->draw(canvas);
+    EXPECT_EQ(canvas.texts.back().rect, (PageRect{785, 23, 55, 20}));
+    EXPECT_EQ(canvas.lines.back(), underTotal(24));
+}
+
+const PageFont kText{"Helvetica", 12};
+
+std::vector<std::shared_ptr<Sisan>> assets(int count)
+{
+    std::vector<std::shared_ptr<Sisan>> list;
+    for (int i = 0; i < count; ++i) list.push_back(std::make_shared<Sisan>(i + 1, "asset" + std::to_string(i), 0, -3000));
+    return list;
+}
+
+TEST(SisanReportPDFPageTest, APageDrawsTheFullFrameTheAssetsAndTheTotal)
+{
+    const auto pages = sisanReportPages(assets(7), 1234567, stamp);
+    ASSERT_EQ(pages.size(), 1u);
+    RecordingCanvas canvas;
+    pages[0]->draw(canvas);
+    EXPECT_EQ(pages[0]->bounds(), (PageSize{590, 840}));
+
+    const auto across = [](double y, double width) { return Line{{350, 840 - y}, {50, 840 - y}, width, kGrey}; };
+    const auto down = [](double x) { return Line{{x, 165}, {x, 690}, 1.0, kGrey}; };
+    EXPECT_EQ(canvas.lines, (std::vector<Line>{across(150, 1.0), across(175, 1.0), across(300, 0.3),
+                                               across(425, 0.3), across(550, 0.3), across(675, 1.0), down(50),
+                                               down(250), down(350)}));
+
+    // Title, date, two headings, 7 assets of two texts, the total.
+    ASSERT_EQ(canvas.texts.size(), 4u + 14u + 1u);
+    const auto& t = canvas.texts;
+    EXPECT_EQ(t[0], (Text{"資産レポート", {100, 740, 120, 30}, {"Helvetica", 14}, {}}));
+    EXPECT_EQ(t[1], (Text{"2019年01月15日", {300, 740, 140, 20}, kText, {}}));
+    EXPECT_EQ(t[2], (Text{" 名\u3000称", {54, 661, 60, 20}, kText, {}}));
+    EXPECT_EQ(t[3], (Text{"   金額（円）", {254, 661, 100, 20}, kText, {}}));
+    EXPECT_EQ(t[4], (Text{"asset0", {54, 640, 200, 20}, kText, {}}));
+    EXPECT_EQ(t[5], (Text{"    -3,000", {266, 640, 100, 20}, kText, 342.0}));
+    EXPECT_EQ(t[16], (Text{"asset6", {54, 490, 200, 20}, kText, {}}));
+    EXPECT_EQ(t[18], (Text{"合\u3000計\u3000\u3000 1,234,567 円", {210, 140, 160, 20}, kText, {}}));
+}
+
+TEST(SisanReportPDFPageTest, AssetsGoTwentyToAPageEachWithTheGrandTotal)
+{
+    const struct {
+        int assets;
+        std::vector<size_t> perPage;
+    } cases[] = {{0, {0}}, {20, {20}}, {21, {20, 1}}};
+    for (const auto& c : cases) {
+        const auto pages = sisanReportPages(assets(c.assets), -60000, stamp);
+        ASSERT_EQ(pages.size(), c.perPage.size()) << c.assets;
+        for (size_t p = 0; p < pages.size(); ++p) {
+            EXPECT_EQ(pages[p]->sisanData.size(), c.perPage[p]) << c.assets;
+            EXPECT_EQ(pages[p]->sisanData.empty() ? "" : pages[p]->sisanData[0]->Namae,
+                      c.perPage[p] ? "asset" + std::to_string(20 * p) : "");
+            RecordingCanvas canvas;
+            pages[p]->draw(canvas);
+            EXPECT_EQ(canvas.lines.size(), 9u);
+            EXPECT_EQ(canvas.texts.back().text, "合\u3000計\u3000\u3000   -60,000 円");
+        }
+    }
+}
+
+// A page that draws a few texts in 10-point "Helvetica".
+class TextPage final : public ReportPage {
+public:
+    explicit TextPage(std::vector<Text> items) : items(std::move(items)) {}
+    PageSize bounds() const override { return {400, 300}; }
+    void draw(PageCanvas& canvas) const override
+    {
+        for (const Text& item : items) canvas.drawText(item.text, item.rect, item.font, item.rightEdge);
+    }
+
+private:
+    std::vector<Text> items;
+};
+
+TEST(PdfDocumentTest, TextWrapsAtItsRectangleAndLinesBeyondItsHeightAreLeftOut)
+{
+    const std::string pdf = std::filesystem::temp_directory_path() / "zenvora-pdf-document-test.pdf";
+    const PageFont font{"Helvetica", 10};
+    PdfDocument document;
+    document.insertPage(std::make_unique<TextPage>(std::vector<Text>{
+                            {"あいうえおかきくけこ", {20, 200, 50, 20}, font, {}},  // 5 to a line, room for one line
+                            {"さしすせそたちつてと", {20, 100, 50, 40}, font, {}},  // room for two lines
+                            {"23,456,789", {200, 200, 40, 20}, font, 300.0},        // an amount stays on one line
+                        }),
+                        0);
+    std::string error;
+    ASSERT_TRUE(document.writeToFile(pdf, &error)) << error;
+    std::string text;
+    FILE* out = popen(("pdftotext -raw '" + pdf + "' -").c_str(), "r");
+    char buffer[4096];
+    for (size_t n; out && (n = fread(buffer, 1, sizeof buffer, out)) > 0;) text.append(buffer, n);
+    if (out) pclose(out);
+    EXPECT_EQ(text, "あいうえお\nさしすせそ\nたちつてと\n23,456,789\n\f");  // in drawing order
+    std::filesystem::remove(pdf);
+}
+
+}  // namespace
