@@ -9,7 +9,7 @@
 #include <iostream>
 
 #include "ui/ListTableModel.h"
-#include "app/StoreTableModels.h"
+#include "ui/StoreTableModels.h"
 #include "editors/PrefsHimokuViewController.h"
 #include "editors/PrefsSisanViewController.h"
 #include "reports/AnnualReportViewController.h"

@@ -201,7 +201,7 @@ void AnnualReportViewController::btnCSV()
 {
     const auto year = exportableYear();
     if (!year) return;
-    saveReportCsv(annualReportCsv(*year, reportDateStamp(), annualReportRows(DM)), "annual report csv write error \n");
+    saveReportCsv(annualReportCsv(*year, reportDateStamp(), DM), "annual report csv write error \n");
 }
 
 void AnnualReportViewController::btnPDF()

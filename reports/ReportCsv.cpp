@@ -1,8 +1,9 @@
 #include "reports/ReportCsv.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdint>
 
-#include "reports/AnnualReportRows.h"
 #include "store/DataModel.h"
 
 namespace {
@@ -14,12 +15,28 @@ void appendNumber(std::string& out, int64_t value)
     out.append(buf, end);
 }
 
+// The lines of the pairs from..to of a name list and a data list, stopping
+// at the shorter of the two.
+void appendRows(std::string& csv, const std::vector<std::string>& names, const std::vector<std::vector<int64_t>>& data,
+                size_t from = 0, size_t to = SIZE_MAX)
+{
+    const size_t end = std::min({names.size(), data.size(), to});
+    for (size_t r = from; r < end; ++r) {
+        csv += names[r];
+        for (const int64_t cell : data[r]) {
+            csv += ',';
+            appendNumber(csv, cell);
+        }
+        csv += " \n";
+    }
+}
+
 }  // namespace
 
-std::string annualReportCsv(const std::string& nen, const std::string& dateStamp, const AnnualReportRows& rows)
+std::string annualReportCsv(const std::string& nen, const std::string& dateStamp, const DataModel& dm)
 {
     std::string csv;
-    csv.reserve(256 + rows.names.size() * 160);
+    csv.reserve(512 + (dm.annualInNameList.size() + dm.annualOutNameList.size()) * 160);
     csv += nen + " 年度 ,\u3000" + dateStamp + "\n";
     csv += "名 称 ,";
     for (int m = 1; m <= 12; ++m) {
@@ -27,14 +44,10 @@ std::string annualReportCsv(const std::string& nen, const std::string& dateStamp
         csv += "月,";
     }
     csv += " 金\u3000額 \n";
-    for (size_t r = 0; r < rows.names.size(); ++r) {
-        csv += rows.names[r];
-        for (const int64_t cell : rows.data[r]) {
-            csv += ',';
-            appendNumber(csv, cell);
-        }
-        csv += " \n";
-    }
+    appendRows(csv, dm.annualInNameList, dm.annualInDataList);
+    appendRows(csv, dm.annualTotalNameList, dm.annualTotalDataList, 0, 1);
+    appendRows(csv, dm.annualOutNameList, dm.annualOutDataList);
+    appendRows(csv, dm.annualTotalNameList, dm.annualTotalDataList, 1, 3);
     return csv;
 }
 

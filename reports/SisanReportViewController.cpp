@@ -10,6 +10,7 @@
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
 #include "ui/ListTableModel.h"
+#include "ui/StoreTableModels.h"
 #include "ui_SisanReportViewController.h"
 
 SisanReportViewController::SisanReportViewController(DataModel& dm, QWidget* parent)
@@ -23,12 +24,7 @@ SisanReportViewController::~SisanReportViewController() = default;
 
 void SisanReportViewController::viewDidLoad()
 {
-    const auto sisan = [this](int row) -> const Sisan& { return *DM.sisanList[static_cast<size_t>(row)]; };
-    model = new ListTableModel(
-        [this] { return numberOfRows(); },
-        {{"sisanNamae", QStringLiteral("資産名"), false, [sisan](int r) { return QString::fromStdString(sisan(r).Namae); }},
-         {"sisanZankin", QStringLiteral("残高"), true, [sisan](int r) { return groupedKingaku(sisan(r).Zankin); }}},
-        {}, this);
+    model = makeSisanTableModel(DM, this);
     ui->tblReportSisan->setModel(model);
     layOutColumns();
     // The history chart reads the book when its tab is first shown.

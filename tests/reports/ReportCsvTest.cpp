@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "reports/AnnualReportRows.h"
 #include "reports/AtomicFile.h"
 #include "reports/ReportCsv.h"
 #include "tests/reports/ReportExamples.h"
@@ -20,7 +19,7 @@ protected:
     {
         DataModel& dm = open();
         EXPECT_TRUE(dm.annualInOutFromItemsTable(nen));
-        return annualReportCsv(nen, kStamp, annualReportRows(dm));
+        return annualReportCsv(nen, kStamp, dm);
     }
 };
 

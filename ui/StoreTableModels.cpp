@@ -1,4 +1,4 @@
-#include "app/StoreTableModels.h"
+#include "ui/StoreTableModels.h"
 
 #include "ui/ListTableModel.h"
 #include "store/DataModel.h"
