@@ -48,11 +48,6 @@ void SisanReportViewController::layOutColumns()
     ui->lblTotal->setFont(total);
 }
 
-int SisanReportViewController::numberOfRows() const
-{
-    return static_cast<int>(DM.sisanList.size());
-}
-
 void SisanReportViewController::btnSisanCSV()
 {
     saveReportCsv(sisanReportCsv(DM, reportDateStamp()), "sisan report csv write error \n");

@@ -22,7 +22,6 @@ public:
 
     DataModel& DM;
 
-    int numberOfRows() const;
     void btnSisanPDF();
     void btnSisanCSV();
 
