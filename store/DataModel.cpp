@@ -17,7 +17,10 @@ DataModel::DataModel(std::string path, int busyTimeoutMs)
     openDB();
     // The stored balances lag behind the entries when the last run did not
     // end cleanly: every screen shows the recomputed ones from the start.
-    if (readFromSisanTable() && readFromHimokuTable()) recomputeAllSisanZankin();
+    if (!readFromSisanTable() || !readFromHimokuTable()) return;
+    recomputeAllSisanZankin();
+    if (!pruneHistory(db, historyNowMs())) someMessageWithAlert(errorText("failure pruning the history: "));
+    loadUndoLists();
 }
 
 DataModel::~DataModel()

@@ -39,6 +39,7 @@ bool DataModel::recomputeAllSisanZankin()
         changed.push_back(p);
     }
     totalOfZankinFrom_sisanList();
+    zankinExact = true;
     return changed.empty() || storeZankinOf(changed);
 }
 

@@ -1,0 +1,249 @@
+#include "store/StepApply.h"
+
+#define SQLITE_ENABLE_SESSION
+#define SQLITE_ENABLE_PREUPDATE_HOOK
+#include <sqlite3.h>
+
+#include <cstring>
+#include <initializer_list>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "store/Changeset.h"
+#include "store/History.h"
+#include "store/Statement.h"
+
+namespace {
+
+using Why = ApplyConflict::Why;
+
+// The Items columns that name other rows.
+enum ItemsColumn { kSisanNo = 5, kHimokuNo = 7, kIdouSisanNo = 8, kIdouId = 9 };
+constexpr int kHimokuHno = 3;
+
+bool sameValue(sqlite3_value* a, sqlite3_value* b)
+{
+    const int ta = sqlite3_value_type(a);
+    const int tb = sqlite3_value_type(b);
+    const auto numeric = [](int t) { return t == SQLITE_INTEGER || t == SQLITE_FLOAT; };
+    if (ta != tb) return numeric(ta) && numeric(tb) && sqlite3_value_double(a) == sqlite3_value_double(b);
+    switch (ta) {
+    case SQLITE_NULL:
+        return true;
+    case SQLITE_INTEGER:
+        return sqlite3_value_int64(a) == sqlite3_value_int64(b);
+    case SQLITE_FLOAT:
+        return sqlite3_value_double(a) == sqlite3_value_double(b);
+    default: {
+        const int n = sqlite3_value_bytes(a);
+        return n == sqlite3_value_bytes(b) && std::memcmp(sqlite3_value_blob(a), sqlite3_value_blob(b), n) == 0;
+    }
+    }
+}
+
+// A row found but not as the change expects it: true when it differs only
+// in derived columns, whose values the program recomputes anyway.
+bool onlyDerivedDiffer(sqlite3_changeset_iter* it, const char* table, int columns)
+{
+    for (int c = 0; c < columns; ++c) {
+        sqlite3_value* expected = nullptr;
+        sqlite3_value* found = nullptr;
+        if (sqlite3changeset_old(it, c, &expected) != SQLITE_OK || !expected) continue;
+        if (sqlite3changeset_conflict(it, c, &found) != SQLITE_OK || !found) return false;
+        if (!sameValue(expected, found) && !isDerivedColumn(table, c)) return false;
+    }
+    return true;
+}
+
+struct Context {
+    sqlite3* db;
+    ApplyConflict* conflict;
+};
+
+int onConflict(void* p, int type, sqlite3_changeset_iter* it)
+{
+    auto* context = static_cast<Context*>(p);
+    ApplyConflict& conflict = *context->conflict;
+    if (type == SQLITE_CHANGESET_FOREIGN_KEY) {
+        conflict.why = Why::Failed;
+        conflict.detail = "FOREIGN KEY constraint failed";
+        return SQLITE_CHANGESET_ABORT;
+    }
+    const char* table = nullptr;
+    int columns = 0, op = 0, indirect = 0;
+    sqlite3changeset_op(it, &table, &columns, &op, &indirect);
+    if (type == SQLITE_CHANGESET_DATA && onlyDerivedDiffer(it, table, columns)) return SQLITE_CHANGESET_REPLACE;
+    sqlite3_value* key = nullptr;
+    if (op == SQLITE_INSERT)
+        sqlite3changeset_new(it, 0, &key);
+    else
+        sqlite3changeset_old(it, 0, &key);
+    conflict.table = table;
+    conflict.key = key ? sqlite3_value_int64(key) : 0;
+    switch (type) {
+    case SQLITE_CHANGESET_DATA:
+        conflict.why = Why::Changed;
+        break;
+    case SQLITE_CHANGESET_NOTFOUND:
+        conflict.why = Why::Removed;
+        break;
+    case SQLITE_CHANGESET_CONFLICT:
+        conflict.why = Why::Exists;
+        break;
+    default:
+        conflict.why = Why::Failed;
+        conflict.detail = sqlite3_errmsg(context->db);
+        break;
+    }
+    return SQLITE_CHANGESET_ABORT;
+}
+
+// The Id of the first row that sql finds with these parameters, or 0.
+bool firstId(sqlite3* db, const char* sql, std::initializer_list<int64_t> params, int64_t* id)
+{
+    Statement s;
+    *id = 0;
+    if (!s.prepare(db, sql)) return false;
+    int index = 0;
+    for (int64_t p : params)
+        if (s.bindInt64(++index, p) != SQLITE_OK) return false;
+    switch (s.step()) {
+    case Step::Row:
+        *id = s.columnInt64(0);
+        return true;
+    case Step::Done:
+        return true;
+    case Step::Error:
+        return false;
+    }
+    return false;
+}
+
+// A reference worth checking: NULL, 0 and -1 name no row.
+void need(sqlite3_value* value, std::set<int64_t>& ids)
+{
+    if (ChangesetReader::isNull(value)) return;
+    const int64_t id = ChangesetReader::intOf(value);
+    if (id != 0 && id != -1) ids.insert(id);
+}
+
+struct References {
+    std::set<int64_t> himoku, sisan, items;  // rows that rows it wrote use
+    std::vector<int64_t> goneHimoku, goneSisan;
+    std::vector<std::pair<int64_t, int64_t>> goneTransfers;  // a removed transfer row and its partner
+};
+
+bool collectReferences(const std::string& changeset, References& refs)
+{
+    ChangesetReader r(changeset);
+    while (r.next()) {
+        const bool writes = r.op() != RowOp::Delete;
+        const int64_t key = ChangesetReader::intOf(r.latest(0));
+        if (r.isTable("Items")) {
+            if (writes) {
+                need(r.after(kSisanNo), refs.sisan);
+                need(r.after(kHimokuNo), refs.himoku);
+                need(r.after(kIdouSisanNo), refs.sisan);
+                need(r.after(kIdouId), refs.items);
+            } else if (!ChangesetReader::isNull(r.before(kIdouId))) {
+                const int64_t partner = ChangesetReader::intOf(r.before(kIdouId));
+                if (partner != -1 && partner != 0) refs.goneTransfers.emplace_back(key, partner);
+            }
+        } else if (r.isTable("Himoku")) {
+            if (writes)
+                need(r.after(kHimokuHno), refs.himoku);
+            else
+                refs.goneHimoku.push_back(key);
+        } else if (r.isTable("Sisan") && !writes) {
+            refs.goneSisan.push_back(key);
+        }
+    }
+    return r.ok();
+}
+
+bool fail(ApplyConflict* conflict, Why why, const char* table, int64_t key, const char* usedTable = "")
+{
+    conflict->why = why;
+    conflict->table = table;
+    conflict->key = key;
+    conflict->usedTable = usedTable;
+    return false;
+}
+
+bool failed(sqlite3* db, ApplyConflict* conflict)
+{
+    conflict->why = Why::Failed;
+    conflict->detail = sqlite3_errmsg(db);
+    return false;
+}
+
+bool checkReferences(sqlite3* db, const std::string& changeset, ApplyConflict* conflict)
+{
+    References refs;
+    if (!collectReferences(changeset, refs)) {
+        conflict->why = Why::Failed;
+        conflict->detail = "the history holds a damaged change";
+        return false;
+    }
+    int64_t found = 0;
+    const struct {
+        const std::set<int64_t>& ids;
+        const char* table;
+        const char* sql;
+    } used[] = {
+        {refs.sisan, "Sisan", "SELECT Id FROM Sisan WHERE Id = ?"},
+        {refs.himoku, "Himoku", "SELECT Id FROM Himoku WHERE Id = ?"},
+        {refs.items, "Items", "SELECT Id FROM Items WHERE Id = ?"},
+    };
+    for (const auto& u : used) {
+        for (int64_t id : u.ids) {
+            if (!firstId(db, u.sql, {id}, &found)) return failed(db, conflict);
+            if (!found) return fail(conflict, Why::Missing, u.table, id);
+        }
+    }
+    for (int64_t id : refs.goneHimoku) {
+        if (!firstId(db, "SELECT Id FROM Items WHERE HimokuNo = ? LIMIT 1", {id}, &found)) return failed(db, conflict);
+        if (found) return fail(conflict, Why::UsedLater, "Items", found, "Himoku");
+        if (!firstId(db, "SELECT Id FROM Himoku WHERE Hno = ? AND Id <> ? LIMIT 1", {id, id}, &found))
+            return failed(db, conflict);
+        if (found) return fail(conflict, Why::UsedLater, "Himoku", found, "Himoku");
+    }
+    for (int64_t id : refs.goneSisan) {
+        for (const char* sql : {"SELECT Id FROM Items WHERE SisanNo = ? LIMIT 1",
+                                "SELECT Id FROM Items WHERE IdouSisanNo = ? LIMIT 1"}) {
+            if (!firstId(db, sql, {id}, &found)) return failed(db, conflict);
+            if (found) return fail(conflict, Why::UsedLater, "Items", found, "Sisan");
+        }
+    }
+    for (const auto& [row, partner] : refs.goneTransfers) {
+        if (!firstId(db, "SELECT Id FROM Items WHERE Id = ? AND IdouId = ?", {partner, row}, &found))
+            return failed(db, conflict);
+        if (found) return fail(conflict, Why::UsedLater, "Items", found, "Items");
+    }
+    return true;
+}
+
+}  // namespace
+
+bool applyChangeset(sqlite3* db, const std::string& changeset, ApplyConflict* conflict)
+{
+    *conflict = ApplyConflict{};
+    Context context{db, conflict};
+    const int rc = sqlite3changeset_apply(db, static_cast<int>(changeset.size()), const_cast<char*>(changeset.data()),
+                                          nullptr, onConflict, &context);
+    if (rc != SQLITE_OK) {
+        if (conflict->why == Why::None) return failed(db, conflict);
+        return false;
+    }
+    return checkReferences(db, changeset, conflict);
+}
+
+bool recountUcount(sqlite3* db)
+{
+    Statement s;
+    return s.prepare(db, "UPDATE Himoku SET Ucount = c.n FROM (SELECT Hno, COUNT(*) AS n FROM Himoku "
+                         "WHERE Ucount = 0 GROUP BY Hno) AS c "
+                         "WHERE Himoku.Id = c.Hno AND Himoku.Ucount > 0 AND Himoku.Ucount <> c.n") &&
+           s.step() == Step::Done;
+}
