@@ -6,9 +6,9 @@
 
 #include <cstring>
 
-ChangesetReader::ChangesetReader(const std::string& changeset)
+ChangesetReader::ChangesetReader(std::string changeset) : bytes_(std::move(changeset))
 {
-    rc_ = sqlite3changeset_start(&iter_, static_cast<int>(changeset.size()), const_cast<char*>(changeset.data()));
+    rc_ = sqlite3changeset_start(&iter_, static_cast<int>(bytes_.size()), bytes_.data());
 }
 
 ChangesetReader::~ChangesetReader()

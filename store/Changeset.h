@@ -15,7 +15,8 @@ enum class RowOp { Insert, Delete, Update };
 // it changed, so the others are absent (nullptr).
 class ChangesetReader {
 public:
-    explicit ChangesetReader(const std::string& changeset);
+    // Reads a copy of the changeset: the argument may go away meanwhile.
+    explicit ChangesetReader(std::string changeset);
     ~ChangesetReader();
     ChangesetReader(const ChangesetReader&) = delete;
     ChangesetReader& operator=(const ChangesetReader&) = delete;
@@ -40,6 +41,7 @@ public:
     static bool isNull(sqlite3_value* value);  // absent or NULL
 
 private:
+    std::string bytes_;
     sqlite3_changeset_iter* iter_ = nullptr;
     int rc_ = 0;
     const char* table_ = "";

@@ -92,8 +92,10 @@ int onConflict(void* p, int type, sqlite3_changeset_iter* it)
         conflict.why = Why::Exists;
         break;
     default:
+        // A constraint the change breaks (a NOT NULL, a trigger's refusal):
+        // SQLite has retried it at the end of the apply and kept no message.
         conflict.why = Why::Failed;
-        conflict.detail = sqlite3_errmsg(context->db);
+        conflict.detail = "データベースがこの変更を受け付けませんでした（制約違反）。";
         break;
     }
     return SQLITE_CHANGESET_ABORT;
