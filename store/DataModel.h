@@ -20,7 +20,7 @@ class ItemsArena;
 class RecordedStep;
 class Transaction;
 struct ApplyConflict;
-struct StepEffects;
+struct ChangesetDigest;
 
 // What an undo, a redo or a revert changed, for the screens to show: an
 // entry of the ledger now in itemList, an asset row and a category row that
@@ -288,18 +288,21 @@ private:
     void noteRecorded(const HistoryEntry& entry, bool notify);
     bool replay(int64_t historyId, HistoryKind kind, StepFocus* focus);
     void reportConflict(HistoryKind kind, const HistoryEntry& target, const ApplyConflict& conflict);
+    // Turns the digest's updated entries into a removal and an addition each,
+    // reading their unchanged columns (the same before and after) from the
+    // book; an addition to the asset wholeRowsOf is kept whole.
+    bool resolveUpdates(ChangesetDigest& digest, int64_t wholeRowsOf);
+    // Names of the assets the digest touched: its own, else the listed ones.
+    std::string sisanNamesOf(const ChangesetDigest& digest) const;
+    // Moves the in-memory balances by the digest's entries and opening amounts.
+    void applyZankinDeltas(const ChangesetDigest& digest);
     // After a replay: lists, balances and the shown ledger from what changed.
-    bool showEffects(const std::string& changeset, int64_t shownSisanId,
+    bool showEffects(const ChangesetDigest& digest, int64_t shownSisanId, bool exact,
                      const std::vector<std::pair<int64_t, int64_t>>& zankinBefore, StepFocus* focus);
-    bool collectEffects(const std::string& changeset, StepEffects& fx);
-    // Moves the in-memory balances by what the changeset's entries and
-    // opening amounts moved; assets not listed are skipped. False when a
-    // changed entry cannot be read.
-    bool applyZankinDeltas(const std::string& changeset);
-    int64_t focusSisanOf(const StepEffects& fx, int64_t shownSisanId) const;
-    // Replaces the rows of the shown ledger that a replay changed, in date
-    // order, without reading the ledger again; false when it cannot.
-    bool patchItemList(const StepEffects& fx, int64_t sisanId);
+    int64_t focusSisanOf(const ChangesetDigest& digest, int64_t shownSisanId) const;
+    // Replaces the rows of the ledger in itemList that a replay changed, in
+    // date order, without reading the ledger again; false when it cannot.
+    bool patchItemList(const ChangesetDigest& digest);
     std::string entryLabel(int64_t id, const char* verb);
     std::string entryLabel(const Items& item, const char* verb);
 

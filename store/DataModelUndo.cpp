@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "store/Changeset.h"
+#include "store/ChangesetDigest.h"
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "store/RecordedStep.h"
@@ -57,14 +58,23 @@ bool DataModel::beganOrReport(const RecordedStep& step)
 
 bool DataModel::commitStep(RecordedStep& step)
 {
+    // One pass over the changes gives the history row its summary and the
+    // balances their moves; a replay has read its own changes already.
+    ChangesetDigest digest;
+    const bool ordinary = step.entry().Kind == HistoryKind::Step;
+    if (ordinary && !step.finishRecording().empty()) {
+        if (!digestChangeset(step.changeset(), 0, &digest) || !resolveUpdates(digest, 0)) {
+            someMessageWithAlert("failure recording history: the changes cannot be read");
+            return false;
+        }
+        step.setSummary(sisanNamesOf(digest), digest.changes, digest.deletes);
+    }
     if (!step.commit()) {
         someMessageWithAlert(step.error());
         return false;
     }
     noteRecorded(step.entry(), true);
-    // A replay brings the balances up to date itself, with its lists.
-    if (step.entry().Kind == HistoryKind::Step && zankinExact && !applyZankinDeltas(step.changeset()))
-        zankinExact = false;
+    if (ordinary && zankinExact) applyZankinDeltas(digest);
     return true;
 }
 
@@ -128,6 +138,13 @@ bool DataModel::replay(int64_t historyId, HistoryKind kind, StepFocus* focus)
         someMessageWithAlert("error reading the history: a damaged change");
         return false;
     }
+    // One pass over what will be applied serves the checks, the history
+    // row and the lists afterwards.
+    ChangesetDigest digest;
+    if (!digestChangeset(applied, itemListSisanId, &digest)) {
+        someMessageWithAlert("error reading the history: a damaged change");
+        return false;
+    }
     const std::string label = kind == HistoryKind::Undo   ? undoStepLabel(target.Label)
                               : kind == HistoryKind::Redo ? redoStepLabel(target.Label)
                                                           : revertStepLabel(target.Label);
@@ -136,25 +153,29 @@ bool DataModel::replay(int64_t historyId, HistoryKind kind, StepFocus* focus)
                              ? sisanList[static_cast<size_t>(theSisanNo)].get()
                              : nullptr;
     const int64_t shownSisanId = shown ? shown->Id : 0;
+    const bool exact = zankinExact;
     std::vector<std::pair<int64_t, int64_t>> zankinBefore;
     for (const auto& sisan : sisanList) zankinBefore.emplace_back(sisan->Id, sisan->Zankin);
-    std::string effective;
     {
         RecordedStep step(db, label, kind, target.Id);
         if (!beganOrReport(step)) return false;
+        step.recordAsApplied(applied);
         ApplyConflict conflict;
-        if (!applyChangeset(db, applied, &conflict)) {
+        if (!applyChangeset(db, applied, digest, &conflict)) {
             reportConflict(kind, target, conflict);
             return false;
         }
-        if (!recountUcount(db)) {
+        // Counts the apply took over are brought right; like the balances,
+        // the correction is derived and not a recorded change.
+        if (digest.himokuChanged && !recountUcount(db)) {
             someMessageWithAlert(errorText("failure recounting sub-items: "));
             return false;
         }
+        if (!resolveUpdates(digest, itemListSisanId)) return false;
+        step.setSummary(sisanNamesOf(digest), digest.changes, digest.deletes);
         if (!commitStep(step)) return false;
-        effective = step.changeset();
     }
-    return showEffects(effective, shownSisanId, zankinBefore, focus);
+    return showEffects(digest, shownSisanId, exact, zankinBefore, focus);
 }
 
 void DataModel::reportConflict(HistoryKind kind, const HistoryEntry& target, const ApplyConflict& conflict)

@@ -1,78 +1,15 @@
-// DataModel: bringing the lists and balances up to date after an undo, a
-// redo or a revert, from the rows its changeset carries rather than from
-// every entry of the book.
-#include <sqlite3.h>
-
+// DataModel: bringing the lists and balances up to date after a recorded
+// step, an undo, a redo or a revert, from the rows its changeset carries
+// rather than from every entry of the book.
 #include <algorithm>
-#include <map>
-#include <set>
 
-#include "store/Changeset.h"
+#include "store/ChangesetDigest.h"
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "store/ItemsArena.h"
 #include "store/Money.h"
 
-// What a replayed changeset did, as the in-memory lists need to know it.
-struct StepEffects {
-    bool sisanChanged = false;   // asset rows added, changed or removed
-    bool himokuChanged = false;  // category rows likewise
-    bool namesChanged = false;   // an asset or category renamed: display texts change
-    std::vector<int64_t> touchedItems;     // entries removed or changed (by Id)
-    std::vector<Items> removedItems;       // entries as they were, whole
-    std::vector<Items> addedItems;         // entries as they are now, whole
-    std::set<int64_t> insertedSisans;
-    std::vector<int64_t> changedSisans;    // asset rows added or changed, in changeset order
-    int64_t himokuRow = 0;                 // a category row put back or changed, else a sub-item
-};
-
 namespace {
-
-enum ItemsColumn {
-    kId, kHizuke, kNen, kTuki, kHi, kSisanNo, kSyubetuNo, kHimokuNo, kIdouSisanNo, kIdouId, kNyuukin, kSyukkin, kBikou
-};
-
-Items itemFrom(const ChangesetReader& r, bool after)
-{
-    const auto v = [&](int c) { return after ? r.after(c) : r.before(c); };
-    const auto i = [&](int c) { return ChangesetReader::intOf(v(c)); };
-    return Items(i(kId), ChangesetReader::textOf(v(kHizuke)), i(kNen), i(kTuki), i(kHi), i(kSisanNo), i(kSyubetuNo),
-                 i(kHimokuNo), i(kIdouSisanNo), i(kIdouId), i(kNyuukin), i(kSyukkin),
-                 ChangesetReader::textOf(v(kBikou)), "", "", "", 0);
-}
-
-// Overwrites the columns the change carries a value for.
-void overlay(Items& item, const ChangesetReader& r, bool after)
-{
-    for (int c = 0; c < r.columns(); ++c) {
-        sqlite3_value* value = after ? r.after(c) : r.before(c);
-        if (!value) continue;
-        const int64_t n = ChangesetReader::intOf(value);
-        switch (c) {
-        case kHizuke: item.Hizuke = ChangesetReader::textOf(value); break;
-        case kNen: item.Nen = n; break;
-        case kTuki: item.Tuki = n; break;
-        case kHi: item.Hi = n; break;
-        case kSisanNo: item.SisanNo = n; break;
-        case kSyubetuNo: item.SyubetuNo = n; break;
-        case kHimokuNo: item.HimokuNo = n; break;
-        case kIdouSisanNo: item.IdouSisanNo = n; break;
-        case kIdouId: item.IdouId = n; break;
-        case kNyuukin: item.Nyuukin = n; break;
-        case kSyukkin: item.Syukkin = n; break;
-        case kBikou: item.Bikou = ChangesetReader::textOf(value); break;
-        default: break;
-        }
-    }
-}
-
-// What the entry adds to its asset's balance.
-int64_t signedKingaku(const Items& item)
-{
-    if (isNyuukinKind(item.SyubetuNo)) return item.Nyuukin;
-    if (isSyukkinKind(item.SyubetuNo)) return -item.Syukkin;
-    return 0;
-}
 
 bool ledgerOrder(const Items& a, const Items& b)
 {
@@ -81,166 +18,133 @@ bool ledgerOrder(const Items& a, const Items& b)
 
 }  // namespace
 
-bool DataModel::collectEffects(const std::string& changeset, StepEffects& fx)
+bool DataModel::resolveUpdates(ChangesetDigest& digest, int64_t wholeRowsOf)
 {
-    ChangesetReader r(changeset);
-    while (r.next()) {
-        const int64_t key = ChangesetReader::intOf(r.latest(0));
-        if (r.isTable("Items")) {
-            if (r.op() != RowOp::Insert) fx.touchedItems.push_back(key);
-            if (r.op() == RowOp::Insert) {
-                fx.addedItems.push_back(itemFrom(r, true));
-            } else if (r.op() == RowOp::Delete) {
-                fx.removedItems.push_back(itemFrom(r, false));
-            } else {
-                // An update carries only what it changed: the rest is the row as it is now.
-                const std::shared_ptr<Items> now = readFromItem1Item(key);
-                if (!now) return false;
-                fx.addedItems.push_back(*now);
-                fx.removedItems.push_back(*now);
-                overlay(fx.removedItems.back(), r, false);
-            }
-        } else if (r.isTable("Sisan")) {
-            fx.sisanChanged = true;
-            if (r.op() == RowOp::Insert) fx.insertedSisans.insert(key);
-            if (r.op() != RowOp::Delete) fx.changedSisans.push_back(key);
-            if (r.op() == RowOp::Update && r.after(1)) fx.namesChanged = true;
-        } else if (r.isTable("Himoku")) {
-            fx.himokuChanged = true;
-            if (r.op() == RowOp::Update && r.after(2)) fx.namesChanged = true;
-            const bool category = ChangesetReader::intOf(r.latest(4)) > 0;
-            if (r.op() != RowOp::Delete && (fx.himokuRow == 0 || category)) fx.himokuRow = key;
+    for (const ChangesetDigest::Update& u : digest.updates) {
+        const std::shared_ptr<Items> now = readFromItem1Item(u.id);
+        if (!now) return false;
+        const int64_t current[4] = {now->SisanNo, now->SyubetuNo, now->Nyuukin, now->Syukkin};
+        int64_t was[4], is[4];
+        for (int i = 0; i < 4; ++i) {
+            was[i] = u.before[i].value_or(current[i]);
+            is[i] = u.after[i].value_or(current[i]);
         }
+        digest.entries.push_back({u.id, was[0], signedKingaku(was[1], was[2], was[3]), false});
+        digest.entries.push_back({u.id, is[0], signedKingaku(is[1], is[2], is[3]), true});
+        digest.sisanIds.insert(was[0]);
+        digest.sisanIds.insert(is[0]);
+        // The row as the book holds it after the update (the caller reads it then).
+        if (is[0] == wholeRowsOf && now->SisanNo == wholeRowsOf) digest.wholeRows.push_back(*now);
     }
-    if (r.ok()) return true;
-    someMessageWithAlert("error reading the history: a damaged change");
-    return false;
+    digest.updates.clear();
+    return true;
 }
 
-int64_t DataModel::focusSisanOf(const StepEffects& fx, int64_t shownSisanId) const
+std::string DataModel::sisanNamesOf(const ChangesetDigest& digest) const
+{
+    return ::sisanNamesOf(digest, [this](int64_t id) {
+        const Sisan* sisan = findById(sisanList, sisanId2Idx, id);
+        return sisan ? sisan->Namae : std::string("????");
+    });
+}
+
+void DataModel::applyZankinDeltas(const ChangesetDigest& digest)
+{
+    const auto move = [this](int64_t sisanId, int64_t delta) {
+        if (Sisan* sisan = findById(sisanList, sisanId2Idx, sisanId)) sisan->Zankin += delta;
+    };
+    for (const auto& entry : digest.entries) move(entry.sisanNo, entry.inserted ? entry.kingaku : -entry.kingaku);
+    for (const auto& [id, delta] : digest.syokiKingakuDelta) move(id, delta);
+}
+
+int64_t DataModel::focusSisanOf(const ChangesetDigest& digest, int64_t shownSisanId) const
 {
     const auto listed = [this](int64_t id) { return sisanId2Idx.find(id) != nullptr; };
     // An asset put back comes first, then the shown ledger when the step
     // changed it, then the first ledger it changed, then a changed asset.
-    for (int64_t id : fx.insertedSisans)
+    for (int64_t id : digest.insertedSisans)
         if (listed(id)) return id;
-    std::set<int64_t> touched;
-    for (const auto* rows : {&fx.removedItems, &fx.addedItems})
-        for (const Items& item : *rows) touched.insert(item.SisanNo);
-    if (touched.count(shownSisanId) && listed(shownSisanId)) return shownSisanId;
+    const auto touched = [&digest](int64_t id) {
+        return std::any_of(digest.entries.begin(), digest.entries.end(),
+                           [id](const ChangesetDigest::Entry& e) { return e.sisanNo == id; });
+    };
+    if (listed(shownSisanId) && touched(shownSisanId)) return shownSisanId;
     for (const auto& sisan : sisanList)
-        if (touched.count(sisan->Id)) return sisan->Id;
-    for (int64_t id : fx.changedSisans)
+        if (touched(sisan->Id)) return sisan->Id;
+    for (int64_t id : digest.changedSisans)
         if (listed(id)) return id;
     if (listed(shownSisanId)) return shownSisanId;
     return sisanList.empty() ? 0 : sisanList.front()->Id;
 }
 
-bool DataModel::showEffects(const std::string& changeset, int64_t shownSisanId,
+bool DataModel::showEffects(const ChangesetDigest& digest, int64_t shownSisanId, bool exact,
                             const std::vector<std::pair<int64_t, int64_t>>& zankinBefore, StepFocus* focus)
 {
-    StepEffects fx;
-    const bool exact = zankinExact;
-    if (!collectEffects(changeset, fx)) return false;
-    if (fx.himokuChanged && !readFromHimokuTable()) return false;
-    if (fx.sisanChanged) {
+    if (digest.himokuChanged && !readFromHimokuTable()) return false;
+    if (digest.sisanChanged) {
         // The re-read brings back the stored balances: keep the ones shown.
         if (!readFromSisanTable()) return false;
         for (const auto& [id, zankin] : zankinBefore)
             if (Sisan* sisan = findById(sisanList, sisanId2Idx, id)) sisan->Zankin = zankin;
     }
     if (exact) {
-        // Balances move by what the step's entries and opening amounts moved;
-        // an asset put back is summed from its entries.
-        if (!applyZankinDeltas(changeset)) return false;
-        for (int64_t id : fx.insertedSisans)
+        // Balances move by what the entries and opening amounts moved; an
+        // asset put back is summed from its entries.
+        applyZankinDeltas(digest);
+        for (int64_t id : digest.insertedSisans)
             if (sisanId2Idx.find(id) && !recomputeSisanZankin(id)) return false;
         zankinExact = true;
     } else if (!recomputeAllSisanZankin()) {
-        // The balances shown were stored copies already: one pass over the
-        // entries brings every one right.
+        // The balances shown were stored copies: one pass over the entries
+        // brings every one right.
         return false;
     }
 
-    const int64_t focusSisanId = focusSisanOf(fx, shownSisanId);
+    const int64_t focusSisanId = focusSisanOf(digest, shownSisanId);
     const int64_t* position = sisanId2Idx.find(focusSisanId);
     theSisanNo = position ? *position : 0;
-    bool shownChanged = fx.namesChanged;
-    for (const auto* rows : {&fx.removedItems, &fx.addedItems})
-        for (const Items& item : *rows) shownChanged = shownChanged || item.SisanNo == focusSisanId;
+    const bool ledgerChanged =
+        digest.namesChanged || std::any_of(digest.entries.begin(), digest.entries.end(),
+                                           [&](const ChangesetDigest::Entry& e) { return e.sisanNo == focusSisanId; });
     if (!position) {
         clearItemList();
-    } else if (focusSisanId != itemListSisanId || (shownChanged && !patchItemList(fx, focusSisanId))) {
+    } else if (focusSisanId != itemListSisanId || (ledgerChanged && !patchItemList(digest))) {
         if (!readFromItemsTable(focusSisanId)) return false;
     }
     totalOfZankinFrom_sisanList();
-    if (focus) {
-        *focus = StepFocus{};
-        for (const Items& item : fx.addedItems) {
-            if (item.SisanNo == focusSisanId && itemId2Idx.find(item.Id)) {
-                focus->itemId = item.Id;
-                break;
-            }
+    if (!focus) return true;
+    *focus = StepFocus{};
+    for (const auto& entry : digest.entries) {
+        if (entry.inserted && entry.sisanNo == focusSisanId && itemId2Idx.find(entry.id)) {
+            focus->itemId = entry.id;
+            break;
         }
-        for (int64_t id : fx.changedSisans) {
-            if (sisanId2Idx.find(id)) {
-                focus->sisanId = id;
-                break;
-            }
-        }
-        if (himokuId2Idx.find(fx.himokuRow)) focus->himokuId = fx.himokuRow;
     }
+    for (int64_t id : digest.changedSisans) {
+        if (sisanId2Idx.find(id)) {
+            focus->sisanId = id;
+            break;
+        }
+    }
+    if (himokuId2Idx.find(digest.himokuRow)) focus->himokuId = digest.himokuRow;
     return true;
 }
 
-bool DataModel::applyZankinDeltas(const std::string& changeset)
-{
-    std::map<int64_t, int64_t> delta;  // asset Id -> change of its balance
-    ChangesetReader r(changeset);
-    while (r.next()) {
-        const int64_t key = ChangesetReader::intOf(r.latest(0));
-        if (r.isTable("Sisan")) {
-            // An asset added or removed has no listed balance to move.
-            if (r.op() == RowOp::Update && r.before(2) && r.after(2))
-                delta[key] += ChangesetReader::intOf(r.after(2)) - ChangesetReader::intOf(r.before(2));
-            continue;
-        }
-        if (!r.isTable("Items")) continue;
-        if (r.op() != RowOp::Update) {
-            const Items row = itemFrom(r, r.op() == RowOp::Insert);
-            delta[row.SisanNo] += r.op() == RowOp::Insert ? signedKingaku(row) : -signedKingaku(row);
-            continue;
-        }
-        // An update carries only what it changed: the rest is the row as it is now.
-        const bool moves = r.after(kSisanNo) || r.after(kSyubetuNo) || r.after(kNyuukin) || r.after(kSyukkin);
-        if (!moves) continue;
-        const std::shared_ptr<Items> now = readFromItem1Item(key);
-        if (!now) return false;
-        Items was = *now;
-        overlay(was, r, false);
-        delta[now->SisanNo] += signedKingaku(*now);
-        delta[was.SisanNo] -= signedKingaku(was);
-    }
-    if (!r.ok()) return false;
-    for (const auto& [id, change] : delta)
-        if (Sisan* sisan = findById(sisanList, sisanId2Idx, id)) sisan->Zankin += change;
-    return true;
-}
-
-bool DataModel::patchItemList(const StepEffects& fx, int64_t sisanId)
+bool DataModel::patchItemList(const ChangesetDigest& digest)
 {
     // The merge needs the ledger in the order it was read (date, then Id):
     // a list the user sorted is read again instead.
     const bool readOrder = std::all_of(itemSortASC.begin(), itemSortASC.end(), [](const auto& f) { return f.second; });
-    const Sisan* sisan = findById(sisanList, sisanId2Idx, sisanId);
+    const Sisan* sisan = findById(sisanList, sisanId2Idx, itemListSisanId);
     if (!readOrder || !itemsArena || !sisan) return false;
 
+    // Rows removed or changed leave; the changed ones come back among the
+    // whole rows, in their new place.
     std::vector<bool> gone(itemList.size(), false);
-    for (int64_t id : fx.touchedItems)
-        if (const int64_t* p = itemId2Idx.find(id)) gone[static_cast<size_t>(*p)] = true;
+    for (const auto& entry : digest.entries)
+        if (const int64_t* p = entry.inserted ? nullptr : itemId2Idx.find(entry.id)) gone[static_cast<size_t>(*p)] = true;
     std::vector<const Items*> added;
-    for (const Items& item : fx.addedItems)
-        if (item.SisanNo == sisanId) added.push_back(&item);
+    for (const Items& item : digest.wholeRows) added.push_back(&item);
     std::sort(added.begin(), added.end(), [](const Items* a, const Items* b) { return ledgerOrder(*a, *b); });
 
     std::vector<std::shared_ptr<Items>> merged;
@@ -262,20 +166,20 @@ bool DataModel::patchItemList(const StepEffects& fx, int64_t sisanId)
     }
     takeAddedBefore(nullptr);
 
-    // Running balances and display texts, as a read of the ledger sets them.
+    // Running balances, and names where one changed, as a read sets them.
     int64_t zankin = sisan->SyokiKingaku;
     itemIdx2Id.clear();
     itemIdx2Id.reserve(merged.size());
     for (const auto& row : merged) {
         Items& item = *row;
-        zankin += signedKingaku(item);
+        zankin += signedKingaku(item.SyubetuNo, item.Nyuukin, item.Syukkin);
         item.Zankin = zankin;
-        if (fx.namesChanged)
+        if (digest.namesChanged)
             item.strHimoku = getHimokuNamaeFromHimokuRowNo(item.SyubetuNo, item.HimokuNo, item.IdouSisanNo);
         itemIdx2Id.push_back(item.Id);
     }
     itemList = std::move(merged);
     itemId2Idx.assignPositions(itemIdx2Id);
-    updateSisanZankinList(sisanId, zankin);
+    updateSisanZankinList(itemListSisanId, zankin);
     return true;
 }

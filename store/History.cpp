@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstring>
 #include <ctime>
-#include <map>
 #include <set>
 
 #include "store/Changeset.h"
@@ -75,17 +74,6 @@ int64_t keyOf(const ChangesetReader& r)
     return ChangesetReader::intOf(r.latest(0));
 }
 
-bool currentSisanNo(sqlite3* db, int64_t itemId, int64_t* sisanNo)
-{
-    Statement s;
-    if (!s.prepare(db, "SELECT SisanNo FROM Items WHERE Id = ?") || s.bindInt64(1, itemId) != SQLITE_OK) return false;
-    *sisanNo = 0;
-    return eachRow(s, [&] {
-        *sisanNo = s.columnInt(0);
-        return false;
-    });
-}
-
 }  // namespace
 
 bool createHistoryTable(sqlite3* db)
@@ -132,47 +120,6 @@ bool isRecordedTable(const char* name)
 bool isDerivedColumn(const char* table, int column)
 {
     return (column == 3 && std::strcmp(table, "Sisan") == 0) || (column == 4 && std::strcmp(table, "Himoku") == 0);
-}
-
-bool summarizeChangeset(sqlite3* db, const std::string& changeset, HistoryEntry* entry)
-{
-    std::set<int64_t> sisanIds;
-    std::map<int64_t, std::string> removedNames;  // assets the step deleted
-    entry->Changes = 0;
-    entry->Deletes = 0;
-    ChangesetReader r(changeset);
-    while (r.next()) {
-        ++entry->Changes;
-        if (r.op() == RowOp::Delete) ++entry->Deletes;
-        if (r.isTable("Sisan")) {
-            sisanIds.insert(keyOf(r));
-            if (r.op() == RowOp::Delete) removedNames[keyOf(r)] = ChangesetReader::textOf(r.before(1));
-        } else if (r.isTable("Items")) {
-            if (r.before(5)) sisanIds.insert(ChangesetReader::intOf(r.before(5)));
-            if (r.after(5)) sisanIds.insert(ChangesetReader::intOf(r.after(5)));
-            int64_t unchanged = 0;
-            if (r.op() == RowOp::Update && !r.after(5)) {
-                if (!currentSisanNo(db, keyOf(r), &unchanged)) return false;
-                sisanIds.insert(unchanged);
-            }
-        }
-    }
-    if (!r.ok()) return false;
-    entry->Sisans.clear();
-    Statement s;
-    if (!s.prepare(db, "SELECT Namae FROM Sisan WHERE Id = ?")) return false;
-    for (int64_t id : sisanIds) {
-        std::string name = removedNames.count(id) ? removedNames[id] : "????";
-        s.reset();
-        if (s.bindInt64(1, id) != SQLITE_OK) return false;
-        if (!eachRow(s, [&] {
-                name = s.columnText(0);
-                return false;
-            }))
-            return false;
-        entry->Sisans += (entry->Sisans.empty() ? "" : "、") + name;
-    }
-    return true;
 }
 
 bool insertHistoryEntry(sqlite3* db, HistoryEntry* entry, const std::string& changeset)

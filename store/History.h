@@ -52,10 +52,6 @@ bool isRecordedTable(const char* name);
 // balance (Sisan.Zankin) and a category's sub-item count (Himoku.Ucount).
 bool isDerivedColumn(const char* table, int column);
 
-// Fills Sisans, Changes and Deletes from the changeset; asset names are read
-// from the book as it is inside the step's transaction.
-bool summarizeChangeset(sqlite3* db, const std::string& changeset, HistoryEntry* entry);
-
 // Appends the row and sets entry->Id.
 bool insertHistoryEntry(sqlite3* db, HistoryEntry* entry, const std::string& changeset);
 bool readHistoryEntry(sqlite3* db, int64_t id, HistoryEntry* entry, std::string* changeset);

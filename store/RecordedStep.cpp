@@ -4,11 +4,55 @@
 #define SQLITE_ENABLE_PREUPDATE_HOOK
 #include <sqlite3.h>
 
+#include "store/ChangesetDigest.h"
+#include "store/Statement.h"
+
 namespace {
 
 int recordTable(void*, const char* table)
 {
     return isRecordedTable(table) ? 1 : 0;
+}
+
+// The value of the first column of the first row, or fallback.
+template <typename Read>
+bool readOne(sqlite3* db, const char* sql, int64_t id, Read read)
+{
+    Statement s;
+    if (!s.prepare(db, sql) || s.bindInt64(1, id) != SQLITE_OK) return false;
+    switch (s.step()) {
+    case Step::Row:
+        read(s);
+        return true;
+    case Step::Done:
+        return true;
+    case Step::Error:
+        return false;
+    }
+    return false;
+}
+
+// The summary fields from the changes and the book as it is in the step.
+bool summarize(sqlite3* db, const std::string& changeset, HistoryEntry* entry)
+{
+    ChangesetDigest digest;
+    if (!digestChangeset(changeset, 0, &digest)) return false;
+    for (const auto& update : digest.updates) {
+        if (update.after[0]) continue;  // its asset is in the digest already
+        if (!readOne(db, "SELECT SisanNo FROM Items WHERE Id = ?", update.id,
+                     [&](const Statement& s) { digest.sisanIds.insert(s.columnInt(0)); }))
+            return false;
+    }
+    bool read = true;
+    entry->Sisans = sisanNamesOf(digest, [&](int64_t id) {
+        std::string name = "????";
+        read = read && readOne(db, "SELECT Namae FROM Sisan WHERE Id = ?", id,
+                               [&](const Statement& s) { name = s.columnText(0); });
+        return name;
+    });
+    entry->Changes = digest.changes;
+    entry->Deletes = digest.deletes;
+    return read;
 }
 
 }  // namespace
@@ -63,24 +107,47 @@ std::string RecordedStep::changesSoFar() const
     return changes;
 }
 
-bool RecordedStep::commit()
+void RecordedStep::recordAsApplied(std::string changeset)
 {
-    if (!session_) return false;
+    if (!session_) return;
+    endRecording();
+    changeset_ = std::move(changeset);
+    finished_ = true;
+}
+
+const std::string& RecordedStep::finishRecording()
+{
+    if (finished_ || !session_) return changeset_;
+    finished_ = true;
     int size = 0;
     void* bytes = nullptr;
     const int rc = sqlite3session_changeset(session_, &size, &bytes);
-    if (rc != SQLITE_OK) {
-        sqlite3_free(bytes);
+    if (rc == SQLITE_OK) {
+        changeset_.assign(static_cast<const char*>(bytes), static_cast<size_t>(size));
+    } else {
         error_ = std::string("failure recording history: ") + sqlite3_errstr(rc);
-        endRecording();
-        return false;
     }
-    changeset_.assign(static_cast<const char*>(bytes), static_cast<size_t>(size));
     sqlite3_free(bytes);
     endRecording();
+    return changeset_;
+}
+
+void RecordedStep::setSummary(std::string sisans, int64_t changes, int64_t deletes)
+{
+    entry_.Sisans = std::move(sisans);
+    entry_.Changes = changes;
+    entry_.Deletes = deletes;
+    summarized_ = true;
+}
+
+bool RecordedStep::commit()
+{
+    if (!session_ && !finished_) return false;
+    finishRecording();
+    if (!error_.empty()) return false;
     if (!changeset_.empty()) {
         entry_.At = historyNowMs();
-        if (!summarizeChangeset(db_, changeset_, &entry_) || !insertHistoryEntry(db_, &entry_, changeset_))
+        if ((!summarized_ && !summarize(db_, changeset_, &entry_)) || !insertHistoryEntry(db_, &entry_, changeset_))
             return fail("failure recording history: ");
     }
     if (!tx_.commit()) {

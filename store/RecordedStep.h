@@ -35,13 +35,28 @@ public:
     // False when the transaction or the recording could not start.
     bool began() const { return session_ != nullptr; }
 
+    // For an operation that applies a known changeset (an undo applies the
+    // inverse of a step's, a redo the step's again): the step records that
+    // changeset as it is instead of watching the tables. Call it before
+    // changing anything. Where the apply takes a change over a derived
+    // column (History.h), the record keeps the changeset's values: derived
+    // values are brought right after every apply, never taken from a record.
+    void recordAsApplied(std::string changeset);
+
+    // Ends the recording and returns what the step changed: nothing done
+    // afterwards is recorded. commit() calls it when nobody did before.
+    const std::string& finishRecording();
+    // The history row's Sisans, Changes and Deletes, for a caller that has
+    // read them from the changes already; otherwise commit() reads them.
+    void setSummary(std::string sisans, int64_t changes, int64_t deletes);
+
     // Writes the history row (when anything changed) and commits. On failure
     // everything is rolled back and error() says why.
     bool commit();
 
     // After commit: the history row, Id 0 when the step changed nothing.
     const HistoryEntry& entry() const { return entry_; }
-    // After commit: what the step changed.
+    // After finishRecording: what the step changed.
     const std::string& changeset() const { return changeset_; }
     // The changes recorded so far (before commit), or "" when they cannot be read.
     std::string changesSoFar() const;
@@ -54,6 +69,8 @@ private:
     sqlite3_session* session_ = nullptr;
     HistoryEntry entry_;
     std::string changeset_;
+    bool finished_ = false;
+    bool summarized_ = false;
     std::string error_;
 
     bool fail(const char* prefix);

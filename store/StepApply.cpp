@@ -10,17 +10,13 @@
 #include <utility>
 #include <vector>
 
-#include "store/Changeset.h"
+#include "store/ChangesetDigest.h"
 #include "store/History.h"
 #include "store/Statement.h"
 
 namespace {
 
 using Why = ApplyConflict::Why;
-
-// The Items columns that name other rows.
-enum ItemsColumn { kSisanNo = 5, kHimokuNo = 7, kIdouSisanNo = 8, kIdouId = 9 };
-constexpr int kHimokuHno = 3;
 
 bool sameValue(sqlite3_value* a, sqlite3_value* b)
 {
@@ -122,48 +118,6 @@ bool firstId(sqlite3* db, const char* sql, std::initializer_list<int64_t> params
     return false;
 }
 
-// A reference worth checking: NULL, 0 and -1 name no row.
-void need(sqlite3_value* value, std::set<int64_t>& ids)
-{
-    if (ChangesetReader::isNull(value)) return;
-    const int64_t id = ChangesetReader::intOf(value);
-    if (id != 0 && id != -1) ids.insert(id);
-}
-
-struct References {
-    std::set<int64_t> himoku, sisan, items;  // rows that rows it wrote use
-    std::vector<int64_t> goneHimoku, goneSisan;
-    std::vector<std::pair<int64_t, int64_t>> goneTransfers;  // a removed transfer row and its partner
-};
-
-bool collectReferences(const std::string& changeset, References& refs)
-{
-    ChangesetReader r(changeset);
-    while (r.next()) {
-        const bool writes = r.op() != RowOp::Delete;
-        const int64_t key = ChangesetReader::intOf(r.latest(0));
-        if (r.isTable("Items")) {
-            if (writes) {
-                need(r.after(kSisanNo), refs.sisan);
-                need(r.after(kHimokuNo), refs.himoku);
-                need(r.after(kIdouSisanNo), refs.sisan);
-                need(r.after(kIdouId), refs.items);
-            } else if (!ChangesetReader::isNull(r.before(kIdouId))) {
-                const int64_t partner = ChangesetReader::intOf(r.before(kIdouId));
-                if (partner != -1 && partner != 0) refs.goneTransfers.emplace_back(key, partner);
-            }
-        } else if (r.isTable("Himoku")) {
-            if (writes)
-                need(r.after(kHimokuHno), refs.himoku);
-            else
-                refs.goneHimoku.push_back(key);
-        } else if (r.isTable("Sisan") && !writes) {
-            refs.goneSisan.push_back(key);
-        }
-    }
-    return r.ok();
-}
-
 bool fail(ApplyConflict* conflict, Why why, const char* table, int64_t key, const char* usedTable = "")
 {
     conflict->why = why;
@@ -180,23 +134,17 @@ bool failed(sqlite3* db, ApplyConflict* conflict)
     return false;
 }
 
-bool checkReferences(sqlite3* db, const std::string& changeset, ApplyConflict* conflict)
+bool checkReferences(sqlite3* db, const ChangesetDigest& refs, ApplyConflict* conflict)
 {
-    References refs;
-    if (!collectReferences(changeset, refs)) {
-        conflict->why = Why::Failed;
-        conflict->detail = "the history holds a damaged change";
-        return false;
-    }
     int64_t found = 0;
     const struct {
         const std::set<int64_t>& ids;
         const char* table;
         const char* sql;
     } used[] = {
-        {refs.sisan, "Sisan", "SELECT Id FROM Sisan WHERE Id = ?"},
-        {refs.himoku, "Himoku", "SELECT Id FROM Himoku WHERE Id = ?"},
-        {refs.items, "Items", "SELECT Id FROM Items WHERE Id = ?"},
+        {refs.usedSisans, "Sisan", "SELECT Id FROM Sisan WHERE Id = ?"},
+        {refs.usedHimoku, "Himoku", "SELECT Id FROM Himoku WHERE Id = ?"},
+        {refs.usedItems, "Items", "SELECT Id FROM Items WHERE Id = ?"},
     };
     for (const auto& u : used) {
         for (int64_t id : u.ids) {
@@ -211,7 +159,7 @@ bool checkReferences(sqlite3* db, const std::string& changeset, ApplyConflict* c
             return failed(db, conflict);
         if (found) return fail(conflict, Why::UsedLater, "Himoku", found, "Himoku");
     }
-    for (int64_t id : refs.goneSisan) {
+    for (int64_t id : refs.goneSisans) {
         for (const char* sql : {"SELECT Id FROM Items WHERE SisanNo = ? LIMIT 1",
                                 "SELECT Id FROM Items WHERE IdouSisanNo = ? LIMIT 1"}) {
             if (!firstId(db, sql, {id}, &found)) return failed(db, conflict);
@@ -228,7 +176,7 @@ bool checkReferences(sqlite3* db, const std::string& changeset, ApplyConflict* c
 
 }  // namespace
 
-bool applyChangeset(sqlite3* db, const std::string& changeset, ApplyConflict* conflict)
+bool applyChangeset(sqlite3* db, const std::string& changeset, const ChangesetDigest& digest, ApplyConflict* conflict)
 {
     *conflict = ApplyConflict{};
     Context context{db, conflict};
@@ -238,7 +186,7 @@ bool applyChangeset(sqlite3* db, const std::string& changeset, ApplyConflict* co
         if (conflict->why == Why::None) return failed(db, conflict);
         return false;
     }
-    return checkReferences(db, changeset, conflict);
+    return checkReferences(db, digest, conflict);
 }
 
 bool recountUcount(sqlite3* db)

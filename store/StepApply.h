@@ -4,6 +4,7 @@
 #include <string>
 
 struct sqlite3;
+struct ChangesetDigest;
 
 // Why a changeset could not be applied to the book as it is now.
 struct ApplyConflict {
@@ -23,14 +24,15 @@ struct ApplyConflict {
     std::string detail;    // Failed: SQLite's message
 };
 
-// Applies the changeset (an undo's inverted one, a redo's) to db inside the
-// caller's transaction. A conflict that concerns derived columns only
+// Applies the changeset (an undo's inverted one, a redo's), whose digest is
+// given, to db inside the caller's transaction. A conflict that concerns derived columns only
 // (History.h) takes the change; any other stops the apply, fills *conflict
 // and returns false (the caller rolls back). Afterwards no row the
 // changeset removed may still be used, and no row it wrote may use a row
 // that is gone (entries, sub-items, assets, transfer partners); the first
 // such row is a conflict too.
-bool applyChangeset(sqlite3* db, const std::string& changeset, ApplyConflict* conflict);
+bool applyChangeset(sqlite3* db, const std::string& changeset, const ChangesetDigest& digest,
+                    ApplyConflict* conflict);
 
 // Sets every category's sub-item count to the number of its sub-items where
 // it differs (never to 0). True when the statement ran.
