@@ -34,7 +34,10 @@ ViewController::ViewController(DataModel& dm, QWidget* parent)
     viewDidLoad();
 }
 
-ViewController::~ViewController() = default;
+ViewController::~ViewController()
+{
+    DM.setHistoryListener({});
+}
 
 void ViewController::viewDidLoad()
 {
@@ -129,6 +132,7 @@ void ViewController::wireActions()
     connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
     connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
+    wireUndo();
 }
 
 void ViewController::showGrandTotal()

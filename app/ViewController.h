@@ -13,6 +13,7 @@
 
 class DataModel;
 class ListTableModel;
+struct StepFocus;
 class QAbstractButton;
 class QKeyEvent;
 class QStringListModel;
@@ -62,6 +63,15 @@ public:
     void himokuKoumokuChanged(bool changed) override;
     void someMessageWithAlert(const QString& message, const QString& informative = QStringLiteral("information"));
     bool yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no);
+
+    // ---- undo, redo and the history (編集 menu) ------------------------------
+    // Cancel an open entry panel, then undo or redo the step the menu names;
+    // the lists show the result: the asset of the change selected and the
+    // entry it put back in view.
+    void mnuUndo();
+    void mnuRedo();
+    // The history window; a step reverted there is shown the same way.
+    void mnuShowHistory();
 
     // ---- asset and entry lists ----------------------------------------------
     // Shows itemList afresh and scrolls to its last row.
@@ -142,4 +152,11 @@ private:
     std::optional<int64_t> selectedComboId();
     void refreshAfterStore();
     void resetPanelToExpense();
+
+    // Undo.
+    void wireUndo();
+    // Names the steps 元に戻す and やり直す would take, or disables them.
+    void updateUndoActions();
+    // Shows the lists as a replayed step left them.
+    void showStepResult(const StepFocus& focus);
 };
