@@ -4,6 +4,7 @@
 #include <QTableView>
 
 #include "app/ViewController.h"
+#include "history/HistoryViewController.h"
 #include "store/DataModel.h"
 #include "ui/ListTableModel.h"
 #include "ui_ViewController.h"
@@ -59,6 +60,9 @@ void ViewController::mnuRedo()
 void ViewController::mnuShowHistory()
 {
     closePanel();
+    HistoryViewController history(DM, this);
+    history.exec();
+    if (history.changed()) showStepResult(history.focus());
 }
 
 void ViewController::showStepResult(const StepFocus& focus)
