@@ -17,10 +17,26 @@ DataModel::DataModel(std::string path, int busyTimeoutMs)
     openDB();
     // The stored balances lag behind the entries when the last run did not
     // end cleanly: every screen shows the recomputed ones from the start.
-    if (!readFromSisanTable() || !readFromHimokuTable()) return;
-    recomputeAllSisanZankin();
+    readBook();
+}
+
+bool DataModel::readBook()
+{
+    if (!readFromSisanTable() || !readFromHimokuTable()) return false;
+    const bool recomputed = recomputeAllSisanZankin();
     if (!pruneHistory(db, historyNowMs())) someMessageWithAlert(errorText("failure pruning the history: "));
     loadUndoLists();
+    return recomputed;
+}
+
+bool DataModel::reopenBook()
+{
+    finalize();
+    clearItemList();
+    theSisanNo = 0;
+    const bool read = readBook();
+    if (historyListener) historyListener();
+    return read;
 }
 
 DataModel::~DataModel()

@@ -113,6 +113,13 @@ public:
     // Re-reads assets, categories and the shown asset's entries, stopping at
     // the first failure.
     void readValue();
+    // Reads the book again as the start does (assets, categories, every
+    // balance, the history's undo and redo lists), after another connection
+    // replaced what the file holds (a restored backup). The first asset
+    // becomes the shown one; its entries are not read yet.
+    bool reopenBook();
+    // The file the store works on.
+    const std::string& bookPath() const { return strPath; }
     // Bind to parameter index (1-based) of the current statement; on failure
     // report "failure binding ...: " + SQLite's message and return false.
     bool bind_text(int index, const std::string& text);
@@ -282,6 +289,9 @@ private:
     // Commits the step, reporting a failure, and brings the undo and redo
     // lists up to date.
     bool commitStep(RecordedStep& step);
+
+    // What the start reads: the lists, every balance, the pruned history.
+    bool readBook();
 
     // History.
     void loadUndoLists();
