@@ -132,6 +132,8 @@ void ViewController::wireActions()
     connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
     connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
+    connect(ui->mnuBackupNow, &QAction::triggered, this, &ViewController::mnuBackupNow);
+    connect(ui->mnuRestoreBackup, &QAction::triggered, this, &ViewController::mnuRestoreBackup);
     wireUndo();
 }
 

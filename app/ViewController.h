@@ -73,6 +73,12 @@ public:
     // The history window; a step reverted there is shown the same way.
     void mnuShowHistory();
 
+    // ---- backups (ファイル menu) -----------------------------------------------
+    // Today's backup made now, replacing the day's one, and where it went.
+    void mnuBackupNow();
+    // The restore dialog; after a restore the window shows the restored book.
+    void mnuRestoreBackup();
+
     // ---- asset and entry lists ----------------------------------------------
     // Shows itemList afresh and scrolls to its last row.
     void tblItemReload();
@@ -159,4 +165,9 @@ private:
     void updateUndoActions();
     // Shows the lists as a replayed step left them.
     void showStepResult(const StepFocus& focus);
+
+    // Backups.
+    // Reads the book again after its contents were replaced, and shows it
+    // from the first asset, as at the start.
+    void showReopenedBook();
 };
