@@ -78,6 +78,9 @@ public:
     void mnuBackupNow();
     // The restore dialog; after a restore the window shows the restored book.
     void mnuRestoreBackup();
+    // Reads the book again after its contents were replaced (a restored
+    // backup), and shows it from the first asset, as at the start.
+    void showReopenedBook();
 
     // ---- asset and entry lists ----------------------------------------------
     // Shows itemList afresh and scrolls to its last row.
@@ -166,8 +169,4 @@ private:
     // Shows the lists as a replayed step left them.
     void showStepResult(const StepFocus& focus);
 
-    // Backups.
-    // Reads the book again after its contents were replaced, and shows it
-    // from the first asset, as at the start.
-    void showReopenedBook();
 };
