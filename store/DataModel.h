@@ -324,6 +324,9 @@ private:
     bool sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* onlySisanId = nullptr);
     // The balance of one asset from its entries; itemList is left as it is.
     bool recomputeSisanZankin(int64_t sisanId);
+    // Every balance from the entries, in memory only; the positions whose
+    // balance changed go to *changed when given.
+    bool recomputeZankinInMemory(std::vector<size_t>* changed = nullptr);
     // Writes the balances of the assets at these positions in one transaction.
     bool storeZankinOf(const std::vector<size_t>& positions);
     // The UPDATE of one asset's stored balance.

@@ -30,17 +30,22 @@ bool DataModel::sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* o
 
 bool DataModel::recomputeAllSisanZankin()
 {
+    std::vector<size_t> changed;
+    return recomputeZankinInMemory(&changed) && (changed.empty() || storeZankinOf(changed));
+}
+
+bool DataModel::recomputeZankinInMemory(std::vector<size_t>* changed)
+{
     std::vector<int64_t> zankin;
     if (!sumZankinOfSisans(zankin)) return false;
-    std::vector<size_t> changed;
     for (size_t p = 0; p < sisanList.size(); ++p) {
         if (sisanList[p]->Zankin == zankin[p]) continue;
         sisanList[p]->Zankin = zankin[p];
-        changed.push_back(p);
+        if (changed) changed->push_back(p);
     }
     totalOfZankinFrom_sisanList();
     zankinExact = true;
-    return changed.empty() || storeZankinOf(changed);
+    return true;
 }
 
 bool DataModel::recomputeSisanZankin(int64_t sisanId)

@@ -94,9 +94,9 @@ bool DataModel::showEffects(const ChangesetDigest& digest, int64_t shownSisanId,
         for (int64_t id : digest.insertedSisans)
             if (sisanId2Idx.find(id) && !recomputeSisanZankin(id)) return false;
         zankinExact = true;
-    } else if (!recomputeAllSisanZankin()) {
+    } else if (!recomputeZankinInMemory()) {
         // The balances shown were stored copies: one pass over the entries
-        // brings every one right.
+        // brings every one right. The stored copies are left for the quit.
         return false;
     }
 
