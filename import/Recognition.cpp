@@ -44,18 +44,21 @@ bool headingMatches(const std::string& spec, const std::string& cell, std::strin
 std::optional<Layout> resolveHeader(const ImportProfile& profile, const std::vector<std::string>& cells)
 {
     Layout layout;
-    std::vector<bool> used(cells.size(), false);
     for (const ColumnSpec& spec : profile.columns) {
+        // A column may serve two roles (PayPay's 取引内容 is a kind and a
+        // note), but not twice the same one: two Text columns are two cells.
+        std::vector<int>& role = layout.columns[static_cast<size_t>(spec.role)];
         int found = spec.index;
         std::string captured;
-        for (size_t i = 0; found < 0 && i < cells.size(); ++i)
-            if (!used[i] && headingMatches(spec.heading, cells[i], &captured)) found = static_cast<int>(i);
+        for (size_t i = 0; found < 0 && i < cells.size(); ++i) {
+            const bool taken = std::find(role.begin(), role.end(), static_cast<int>(i)) != role.end();
+            if (!taken && headingMatches(spec.heading, cells[i], &captured)) found = static_cast<int>(i);
+        }
         if (found < 0) {
             if (spec.required) return std::nullopt;
             continue;
         }
-        if (static_cast<size_t>(found) < used.size()) used[static_cast<size_t>(found)] = true;
-        layout.columns[static_cast<size_t>(spec.role)].push_back(found);
+        role.push_back(found);
         if (spec.role == Role::Billed && !captured.empty()) layout.stated.paymentMonth = std::stoi(captured);
     }
     layout.profile = profile;
@@ -165,7 +168,6 @@ void joinSurplusFields(std::vector<std::string>& fields, int column, int fieldCo
 {
     if (column < 0) return;
     const size_t want = static_cast<size_t>(fieldCount);
-    while (fields.size() > want && trimmedCell(fields.back()).empty()) fields.pop_back();
     if (fields.size() <= want) return;
     const size_t surplus = fields.size() - want;
     const auto first = fields.begin() + column;

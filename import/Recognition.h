@@ -42,7 +42,9 @@ constexpr size_t kHeaderSearchLines = 20;
 std::optional<Layout> recognise(const std::vector<CsvRecord>& firstRecords, const std::vector<ImportProfile>& profiles);
 
 // Joins the surplus fields of a headerless layout's longer row back into the
-// column whose unquoted commas split it (trailing empty fields are dropped first).
+// column whose unquoted commas split it: every field beyond the layout's
+// count is one of the text's commas (trailing empty fields too, which are
+// the text's commas when the row ends in empty columns).
 void joinSurplusFields(std::vector<std::string>& fields, int column, int fieldCount);
 
 // The heading text as compared: NFKC, without blanks around it.

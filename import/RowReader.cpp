@@ -155,10 +155,7 @@ void RowReader::readUndated(const CsvRecord& r, StatementRow& row)
     row.kind = RowKind::Skipped;
     if (total) {
         row.reason = pool_.add("合計の行");
-        if (hasAmount && !text.contains(u"小計")) {
-            hasStatedTotal_ = true;
-            statedTotal_ = amount.value;
-        }
+        if (hasAmount && !text.contains(u"小計")) keepTotal(text, amount.value);
     } else if (hasAmount && !description.empty() && !isNoteMark(qtext(description))) {
         row.kind = RowKind::Refused;
         row.reason = pool_.add("日付のない金額の行です（割引などは手で入力してください）");
@@ -166,6 +163,21 @@ void RowReader::readUndated(const CsvRecord& r, StatementRow& row)
         row.reason = pool_.add("見出しや注記の行");
     }
     row.text = pool_.add(trimmedCell(all));
+}
+
+// A grand total (合計, 【合計】, or an amount alone) states the file's total;
+// totals of one part (ショッピング合計, キャッシング合計) add up to it.
+void RowReader::keepTotal(const QString& lineText, int64_t amount)
+{
+    QString name = lineText;
+    name.remove(QRegularExpression(QStringLiteral(R"([\s【】\[\]\d,\-¥円]+)")));
+    if (name.isEmpty() || name == u"合計" || name == u"総合計") {
+        grandTotal_ = amount;
+        hasGrandTotal_ = true;
+    } else {
+        partTotals_ += amount;
+        hasPartTotals_ = true;
+    }
 }
 
 bool RowReader::readAmount(const CsvRecord& r, StatementRow& row)
@@ -232,7 +244,10 @@ void RowReader::applyKindRules(const CsvRecord& r, StatementRow& row, std::strin
 
 void RowReader::fillTexts(const CsvRecord& r, StatementRow& row, std::string partner)
 {
+    // A row without a description is named by its category, else its kind
+    // (Zaim's income rows, PayPay's charges).
     std::string text = joined(r, Role::Text, " ");
+    if (text.empty()) text = joined(r, Role::Category, "/");
     if (text.empty()) text = joined(r, Role::Kind, " ");
     row.text = pool_.add(text);
     row.note = pool_.add(joined(r, Role::Note, " "));

@@ -21,9 +21,10 @@ public:
     // repeats) and the lines above it make none.
     void read(CsvRecord record, std::vector<StatementRow>& rows);
 
-    // The total the file's own total lines state (the last one wins).
-    bool hasStatedTotal() const { return hasStatedTotal_; }
-    int64_t statedTotal() const { return statedTotal_; }
+    // The total the file's own total lines state: the last grand total, else
+    // the sum of the totals of its parts.
+    bool hasStatedTotal() const { return hasGrandTotal_ || hasPartTotals_; }
+    int64_t statedTotal() const { return hasGrandTotal_ ? grandTotal_ : partTotals_; }
     // The card numbers of a sectioned statement's cardholder lines, in order.
     const std::vector<std::string>& sectionNumbers() const { return sectionNumbers_; }
 
@@ -32,6 +33,7 @@ private:
     std::string joined(const CsvRecord& r, Role role, std::string_view separator) const;
     std::string dateText(const CsvRecord& r) const;
     void readUndated(const CsvRecord& r, StatementRow& row);
+    void keepTotal(const QString& lineText, int64_t amount);
     bool readAmount(const CsvRecord& r, StatementRow& row);
     void applyKindRules(const CsvRecord& r, StatementRow& row, std::string& partner);
     void fillTexts(const CsvRecord& r, StatementRow& row, std::string partner);
@@ -43,6 +45,8 @@ private:
     QRegularExpression sectionLine_;
     std::string currentSection_;
     std::vector<std::string> sectionNumbers_;
-    bool hasStatedTotal_ = false;
-    int64_t statedTotal_ = 0;
+    bool hasGrandTotal_ = false;
+    int64_t grandTotal_ = 0;
+    bool hasPartTotals_ = false;
+    int64_t partTotals_ = 0;
 };

@@ -8,9 +8,9 @@
 
 namespace {
 
-AmountReading refuse(const char* why, std::string_view text)
+AmountReading refuse(std::string_view text, const char* what)
 {
-    return {AmountReading::Kind::Error, 0, std::string(why) + "「" + std::string(text) + "」"};
+    return {AmountReading::Kind::Error, 0, "「" + std::string(trimmedCell(text)) + "」" + what};
 }
 
 }  // namespace
@@ -24,16 +24,16 @@ AmountReading readStatementAmount(std::string_view text)
         QStringLiteral(R"(^([-+\x{2212}]?)\s*[¥\\]?\s*(\d{1,3}(?:,\d{3})+|\d+)(?:\.(\d+))?\s*円?$)"));
     const QString cell = compatibilityForm(trimmedCell(text)).trimmed();
     const QRegularExpressionMatch m = shape.match(cell);
-    if (!m.hasMatch()) return refuse("金額として読めません: ", text);
+    if (!m.hasMatch()) return refuse(text, "は金額として読めません");
     const QString fraction = m.captured(3);
     if (std::any_of(fraction.begin(), fraction.end(), [](QChar c) { return c != u'0'; }))
-        return refuse("円未満の端数がある金額です: ", text);
+        return refuse(text, "は円未満の端数がある金額です");
     QString digits = m.captured(2);
     digits.remove(u',');
     while (digits.size() > 1 && digits.front() == u'0') digits.remove(0, 1);
     bool ok = false;
     const qlonglong magnitude = digits.size() <= 12 ? digits.toLongLong(&ok) : 0;
     const int64_t value = m.captured(1).isEmpty() || m.captured(1) == u"+" ? magnitude : -magnitude;
-    if (!ok || !fitsInt32(value)) return refuse("金額が大きすぎます: ", text);
+    if (!ok || !fitsInt32(value)) return refuse(text, "は大きすぎる金額です");
     return {AmountReading::Kind::Value, value, {}};
 }

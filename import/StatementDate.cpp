@@ -24,14 +24,14 @@ constexpr Era kEras[] = {
 
 const QString kTime = QStringLiteral(R"((?:\s+\d{1,2}:\d{2}(?::\d{2})?)?$)");
 
-DateReading refuse(const char* why, std::string_view text)
+DateReading refuse(std::string_view text, const char* what)
 {
-    return {ImportDate(), std::string(why) + "「" + std::string(text) + "」"};
+    return {ImportDate(), "「" + std::string(trimmedCell(text)) + "」" + what};
 }
 
 DateReading checkedDate(int nen, int tuki, int hi, std::string_view text)
 {
-    if (!ImportDate::isValidDay(nen, tuki, hi)) return refuse("存在しない日付です: ", text);
+    if (!ImportDate::isValidDay(nen, tuki, hi)) return refuse(text, "は存在しない日付です");
     return {ImportDate(nen, tuki, hi), {}};
 }
 
@@ -48,15 +48,15 @@ DateReading warekiDate(const QRegularExpressionMatch& m, std::string_view text)
     for (int i = 0; i < count; ++i) {
         const Era& e = kEras[i];
         if (era != QStringView(e.letter) && era != QStringView(e.kanji)) continue;
-        if (n < 1) return refuse("元号の年がありません: ", text);
+        if (n < 1) return refuse(text, "は元号の年が読めません");
         const int nen = e.startNen + n - 1;
         DateReading r = checkedDate(nen, tuki, hi, text);
         if (r.date.isNull()) return r;
-        if (r.date < ImportDate(e.startNen, e.startTuki, e.startHi)) return refuse("元号の始まる前の日付です: ", text);
-        if (i + 1 < count && nen > kEras[i + 1].startNen) return refuse("元号の終わった後の日付です: ", text);
+        if (r.date < ImportDate(e.startNen, e.startTuki, e.startHi)) return refuse(text, "は元号の始まる前の日付です");
+        if (i + 1 < count && nen > kEras[i + 1].startNen) return refuse(text, "は元号の終わった後の日付です");
         return r;
     }
-    return refuse("日付として読めません: ", text);
+    return refuse(text, "は日付として読めません");
 }
 
 }  // namespace
@@ -82,5 +82,5 @@ DateReading readStatementDate(std::string_view text, unsigned shapes)
     if ((shapes & DateShape::Kanji) && (m = kanji.match(cell)).hasMatch())
         return checkedDate(m.captured(1).toInt(), m.captured(2).toInt(), m.captured(3).toInt(), text);
     if ((shapes & DateShape::Wareki) && (m = wareki.match(cell)).hasMatch()) return warekiDate(m, text);
-    return refuse("日付として読めません: ", text);
+    return refuse(text, "は日付として読めません");
 }

@@ -54,12 +54,17 @@ qsizetype findReplacementCharacter(const QString& text)
 bool looksGarbled(const QString& text)
 {
     if (text.contains(QLatin1String("???"))) return true;
+    // UTF-8 Japanese read as CP932 puts a kanji before a half-width katakana
+    // (the next byte) again and again, and 縺 繧 繝 for the kana's lead bytes.
     qsizetype nonAscii = 0;
     qsizetype doubled = 0;
+    QChar previous;
     for (const QChar c : text) {
-        if (c.unicode() < 0x80) continue;
-        ++nonAscii;
-        doubled += c == QChar(0x7E3A) || c == QChar(0x7E67) || c == QChar(0x7E5D);  // 縺 繧 繝
+        if (c.unicode() >= 0x80) ++nonAscii;
+        const bool halfKana = c.unicode() >= 0xFF61 && c.unicode() <= 0xFF9F;
+        doubled += c == QChar(0x7E3A) || c == QChar(0x7E67) || c == QChar(0x7E5D) ||  // 縺 繧 繝
+                   (halfKana && previous.script() == QChar::Script_Han);
+        previous = c;
     }
     return doubled >= 3 && doubled * 5 >= nonAscii;
 }

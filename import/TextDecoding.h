@@ -33,6 +33,6 @@ private:
 qsizetype findReplacementCharacter(const QString& text);
 
 // True when the text looks like the lost or doubly-decoded text of a garbled
-// file: runs of "?" where Japanese text was, or the characters that UTF-8
-// Japanese read as CP932 turns into (縺 繧 繝) making up much of it.
+// file: runs of "?" where Japanese text was, or UTF-8 Japanese read as CP932
+// (縺 繧 繝, kanji followed by half-width katakana) making up much of it.
 bool looksGarbled(const QString& text);
