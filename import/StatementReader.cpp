@@ -1,6 +1,7 @@
 #include "import/StatementReader.h"
 
 #include <QCryptographicHash>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -166,7 +167,9 @@ private:
             reader_->read(record, statement_.rows);
             return;
         }
-        firstRecords_.push_back(record);
+        const bool blank = std::all_of(record.fields.begin(), record.fields.end(),
+                                       [](const std::string& f) { return trimmedCell(f).empty(); });
+        if (!blank) firstRecords_.push_back(record);
         if (record.line >= kHeaderSearchLines) recogniseNow();
     }
 
