@@ -92,6 +92,7 @@ public:
             if (cut > 0 || end) decodePiece(decoder, piece.substr(0, cut), encoding);
             carry.erase(0, carry.size() - (piece.size() - cut));
             first = first && cut == 0 && !end;
+            if (wrongEncoding) break;
             if (options_.progress && !options_.progress(done, size)) {
                 refused = refusal(RefusalReason::Cancelled, quoted(name_) + "の読み込みを中止しました。");
             }
@@ -281,6 +282,17 @@ StatementReading readStatementStream(std::istream& in, uint64_t size, const std:
     head.resize(static_cast<size_t>(in.gcount()));
     if ((out.refusal = refuseContent(sniffBytes(head), name))) return out;
 
+    // A pass in CP932 after strict UTF-8 failed part-way reads the start again:
+    // the progress shown never goes back.
+    ReadOptions passOptions = options;
+    uint64_t reported = 0;
+    if (options.progress) {
+        passOptions.progress = [&](uint64_t done, uint64_t total) {
+            if (done <= reported) return true;
+            reported = done;
+            return options.progress(done, total);
+        };
+    }
     TextEncoding encoding = utf8BomLength(head) > 0 ? TextEncoding::Utf8Bom : TextEncoding::Utf8;
     for (;;) {
         in.clear();
@@ -288,7 +300,7 @@ StatementReading readStatementStream(std::istream& in, uint64_t size, const std:
         out.statement = Statement();
         out.statement.fileName = name;
         out.statement.encoding = encoding;
-        Pass pass(name, options, out.statement);
+        Pass pass(name, passOptions, out.statement);
         pass.run(in, size, encoding);
         if (pass.wrongEncoding) {
             encoding = TextEncoding::Cp932;
