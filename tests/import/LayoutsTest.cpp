@@ -222,3 +222,52 @@ TEST(Layouts, RowsWithImpossibleDatesOrAmountsAreRefusedWithTheirReasonAndTheRes
                                       "5: 「12.50」は円未満の端数がある金額です", "6: 「9/4」は日付として読めません"}));
     EXPECT_EQ(s.text(s.rows[1].text), "存在しない日");
 }
+
+TEST(Layouts, AMappingTheUserMadeReadsAnUnknownFileAndRecognisesItNextTime)
+{
+    // A regional bank's file: a title line, then the header; in and out columns.
+    const std::string text = "ふるさと信用金庫 入出金明細\n取扱日,摘要,お支払,お預り,残高\n"
+                             "2026/10/01,ﾃﾞﾝｷﾀﾞｲ,\"8,800\",,91200\n2026/10/02,ｷﾕｳﾖ,,\"210,000\",301200\n";
+    const TempFile file("shinkin.csv", text);
+    const StatementReading unknown = readStatementFile(file.path());
+    ASSERT_FALSE(unknown.ok());
+    ASSERT_EQ(unknown.refusal->reason, RefusalReason::Unrecognised);
+
+    UserMapping mapping;
+    mapping.name = "ふるさと信金";
+    mapping.headerLine = 2;
+    mapping.headings = unknown.refusal->firstRecords[1].fields;
+    mapping.dateColumn = 0;
+    mapping.dateShapes = DateShape::Slashed;
+    mapping.textColumns = {1};
+    mapping.outColumn = 2;
+    mapping.inColumn = 3;
+    const UserMapping saved = mappingFromJson(mappingToJson(mapping));
+    EXPECT_EQ(mappingToJson(saved), mappingToJson(mapping));
+    EXPECT_EQ(saved.headings, (std::vector<std::string>{"取扱日", "摘要", "お支払", "お預り", "残高"}));
+
+    ReadOptions chosen;
+    chosen.chosenProfile = profileFromMapping(saved);
+    chosen.chosenHeaderLine = 2;
+    const StatementReading once = readStatementFile(file.path(), chosen);
+    ASSERT_TRUE(once.ok());
+    EXPECT_EQ(entryLines(once.statement), (Lines{"2026-10-01 -8800 ﾃﾞﾝｷﾀﾞｲ", "2026-10-02 210000 ｷﾕｳﾖ"}));
+    EXPECT_EQ(once.statement.displayName, "ふるさと信金 (2026年10月)");
+
+    // Next time the saved profile is tried first and found by its headings.
+    ReadOptions next;
+    next.savedProfiles = {profileFromMapping(saved)};
+    const StatementReading again = readStatementFile(file.path(), next);
+    ASSERT_TRUE(again.ok());
+    EXPECT_EQ(again.statement.layout.headerLine, 2u);
+    EXPECT_EQ(entryLines(again.statement), entryLines(once.statement));
+
+    // A headerless mapping reads by position; a broken saved text gives no name.
+    UserMapping positions = saved;
+    positions.headerLine = 0;
+    positions.headings.clear();
+    chosen.chosenProfile = profileFromMapping(positions);
+    chosen.chosenHeaderLine = 2;
+    EXPECT_EQ(entryLines(readStatementFile(file.path(), chosen).statement), entryLines(once.statement));
+    EXPECT_EQ(mappingFromJson("{broken").name, "");
+}

@@ -2,6 +2,7 @@
 // that are refused before any row is read, each with a message naming the file.
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <sstream>
 
 #include "import/CsvRecords.h"
@@ -156,4 +157,16 @@ TEST(Reading, LargeFilesAreRefusedAboveTheLimitAndReadingCanBeCancelled)
     ASSERT_FALSE(cancelled.ok());
     EXPECT_EQ(cancelled.refusal->reason, RefusalReason::Cancelled);
     EXPECT_EQ(seen, (std::vector<uint64_t>{1u << 20, 2u << 20}));
+
+    // A file that grows while it is read (a download still being written) is refused.
+    const TempFile growing("途中.csv", text);
+    ReadOptions appending;
+    appending.progress = [&](uint64_t, uint64_t) {
+        std::ofstream(growing.path(), std::ios::app) << "\"2026/09/02\",\"ローソン\",\"本人\",\"1回払い\",\"1\"\n";
+        return true;
+    };
+    const StatementReading changed = readStatementFile(growing.path(), appending);
+    ASSERT_FALSE(changed.ok());
+    EXPECT_EQ(changed.refusal->message,
+              "「途中.csv」は読み込み中に書き換えられました。書き込みが終わってからもう一度選んでください。");
 }
