@@ -82,21 +82,29 @@ std::string RowReader::dateText(const CsvRecord& r) const
     return std::string(y) + "/" + std::string(m) + "/" + std::string(d);
 }
 
-void RowReader::read(CsvRecord r, std::vector<StatementRow>& rows)
+void RowReader::read(const CsvRecord& record, std::vector<StatementRow>& rows)
 {
-    if (r.line <= layout_.headerLine) return;
+    if (record.line <= layout_.headerLine) return;
+    const ImportProfile& profile = layout_.profile;
+    if (!profile.headerless()) return readRecord(record, rows);
+    if (!record.fields.empty() && sectionLine_.match(compatibilityForm(trimmedCell(record.fields[0]))).hasMatch()) {
+        currentSection_ = record.fields.size() > 1 ? std::string(trimmedCell(record.fields[1])) : std::string();
+        sectionNumbers_.push_back(currentSection_);
+        StatementRow row;
+        row.line = record.line;
+        row.text = pool_.add(currentSection_);
+        return finish(row, RowKind::Skipped, "カードの見出し行", rows);
+    }
+    CsvRecord joined = record;
+    joinSurplusFields(joined.fields, profile.surplusColumn, profile.fieldCount);
+    readRecord(joined, rows);
+}
+
+void RowReader::readRecord(const CsvRecord& r, std::vector<StatementRow>& rows)
+{
     const ImportProfile& profile = layout_.profile;
     StatementRow row;
     row.line = r.line;
-    if (profile.headerless()) {
-        if (!r.fields.empty() && sectionLine_.match(compatibilityForm(trimmedCell(r.fields[0]))).hasMatch()) {
-            currentSection_ = r.fields.size() > 1 ? std::string(trimmedCell(r.fields[1])) : std::string();
-            sectionNumbers_.push_back(currentSection_);
-            row.text = pool_.add(currentSection_);
-            return finish(row, RowKind::Skipped, "カードの見出し行", rows);
-        }
-        joinSurplusFields(r.fields, profile.surplusColumn, profile.fieldCount);
-    }
     if (allEmpty(r)) return;
     if (!layout_.headings.empty() && r.fields.size() == layout_.headings.size()) {
         bool same = true;

@@ -19,7 +19,7 @@ public:
 
     // Appends the row a record makes; blank lines, the header line (and its
     // repeats) and the lines above it make none.
-    void read(CsvRecord record, std::vector<StatementRow>& rows);
+    void read(const CsvRecord& record, std::vector<StatementRow>& rows);
 
     // The total the file's own total lines state: the last grand total, else
     // the sum of the totals of its parts.
@@ -29,6 +29,7 @@ public:
     const std::vector<std::string>& sectionNumbers() const { return sectionNumbers_; }
 
 private:
+    void readRecord(const CsvRecord& r, std::vector<StatementRow>& rows);
     std::string_view cell(const CsvRecord& r, Role role) const;
     std::string joined(const CsvRecord& r, Role role, std::string_view separator) const;
     std::string dateText(const CsvRecord& r) const;

@@ -87,9 +87,11 @@ public:
             carry.append(buffer.data(), got);
             std::string_view piece(carry);
             if (first) piece.remove_prefix(utf8BomLength(piece));
-            size_t cut = end ? piece.size() : piece.rfind('\n') + 1;
-            if (!end && cut == 0) cut = 0;  // no line end yet: read on
-            if (cut > 0 || end) decodePiece(decoder, piece.substr(0, cut), encoding);
+            // Up to the last line end (none yet: read on), or everything at the end.
+            const size_t cut = end ? piece.size() : piece.rfind('\n') + 1;
+            std::string_view whole = piece.substr(0, cut);
+            if (end && whole.ends_with('\x1A')) whole.remove_suffix(1);  // a DOS end-of-file mark
+            if (cut > 0 || end) decodePiece(decoder, whole, encoding);
             carry.erase(0, carry.size() - (piece.size() - cut));
             first = first && cut == 0 && !end;
             if (wrongEncoding) break;

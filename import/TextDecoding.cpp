@@ -46,7 +46,7 @@ qsizetype findReplacementCharacter(const QString& text)
 {
     for (qsizetype i = 0; i < text.size(); ++i) {
         const char16_t c = text.at(i).unicode();
-        if (c == 0xFFFD || c == 0x001A) return i;
+        if (c == 0xFFFD) return i;
     }
     return -1;
 }

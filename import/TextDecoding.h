@@ -28,8 +28,9 @@ private:
     QStringDecoder decoder_;
 };
 
-// The position of text that a decoder or an editor already put in place of
-// lost characters (U+FFFD, or U+001A from a CP932 converter), or -1.
+// The position of a U+FFFD, the character an editor or converter puts in
+// place of what it could not read, or -1. (A CP932 converter's own
+// substitutes are caught by its error flag.)
 qsizetype findReplacementCharacter(const QString& text);
 
 // True when the text looks like the lost or doubly-decoded text of a garbled
