@@ -8,18 +8,18 @@ namespace {
 
 using R = Role;
 
-ColumnSpec col(Role role, std::string heading, bool required = true)
+ColumnRule col(Role role, std::string heading, bool required = true)
 {
     return {role, std::move(heading), -1, required};
 }
 
-ColumnSpec at(Role role, int index)
+ColumnRule at(Role role, int index)
 {
     return {role, {}, index, true};
 }
 
 // Labels a bank's preamble may carry (ゆうちょ, みずほ, SMBC's UTF-8 download).
-std::vector<PreambleSpec> bankPreamble()
+std::vector<PreambleLabel> bankPreamble()
 {
     return {
         {StatedValue::AccountNumber, "^(?:お客さま)?口座番号[:]?(.+)$"},
@@ -29,7 +29,7 @@ std::vector<PreambleSpec> bankPreamble()
     };
 }
 
-ImportProfile bank(std::string id, std::string name, std::vector<ColumnSpec> columns, unsigned shapes)
+ImportProfile bank(std::string id, std::string name, std::vector<ColumnRule> columns, unsigned shapes)
 {
     ImportProfile p;
     p.id = std::move(id);
@@ -41,7 +41,7 @@ ImportProfile bank(std::string id, std::string name, std::vector<ColumnSpec> col
     return p;
 }
 
-ImportProfile card(std::string id, std::string name, std::vector<ColumnSpec> columns, unsigned shapes)
+ImportProfile card(std::string id, std::string name, std::vector<ColumnRule> columns, unsigned shapes)
 {
     ImportProfile p = bank(std::move(id), std::move(name), std::move(columns), shapes);
     p.source = SourceKind::Card;

@@ -9,7 +9,7 @@
 namespace {
 
 // A mapped column: by its heading when the file has a header line, else by position.
-ColumnSpec mappedColumn(const UserMapping& m, Role role, int index)
+ColumnRule mappedColumn(const UserMapping& m, Role role, int index)
 {
     const bool byHeading = m.headerLine > 0 && index < static_cast<int>(m.headings.size()) &&
                            !trimmedCell(m.headings[static_cast<size_t>(index)]).empty();

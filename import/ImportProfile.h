@@ -29,7 +29,7 @@ constexpr int kRoleCount = static_cast<int>(Role::Ignored) + 1;
 
 // A column: found by its heading (header layouts) or by its position
 // (headerless layouts and mappings without a header line).
-struct ColumnSpec {
+struct ColumnRule {
     Role role;
     // Headings the column may have, separated by "|", compared after NFKC and
     // trimming (so "受入金額（円）" also finds "受入金額(円)"). A heading that
@@ -46,7 +46,7 @@ enum class StatedValue : uint8_t { AccountNumber, PaymentDate, PaymentMonth, Per
 // A preamble line's label, as a regular expression on the NFKC text of a
 // cell. With a group, the group is the value ("お客さま口座番号:(.+)");
 // without, the value is the next non-empty cell on the line.
-struct PreambleSpec {
+struct PreambleLabel {
     StatedValue value;
     std::string label;
 };
@@ -78,10 +78,10 @@ struct ImportProfile {
     std::string id;    // stable name, kept with imported entries ("rakuten-card")
     std::string name;  // what the user reads ("楽天カード ご利用明細")
     SourceKind source = SourceKind::Bank;
-    std::vector<ColumnSpec> columns;
+    std::vector<ColumnRule> columns;
     SignConvention sign = SignConvention::PositiveIsIncome;
     unsigned dateShapes = DateShape::Any;
-    std::vector<PreambleSpec> preamble;
+    std::vector<PreambleLabel> preamble;
     std::vector<KindRule> kindRules;
 
     // Headerless layouts: patterns the first line's cells must match (by

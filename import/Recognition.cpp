@@ -22,19 +22,19 @@ std::vector<std::string> normalisedCells(const CsvRecord& record)
     return cells;
 }
 
-// Whether a heading spec names this cell; a regular expression's first group
+// Whether a heading names this cell; a regular expression's first group
 // goes to *captured.
-bool headingMatches(const std::string& spec, const std::string& cell, std::string* captured)
+bool headingMatches(const std::string& heading, const std::string& cell, std::string* captured)
 {
-    if (spec.starts_with('^')) {
-        const QRegularExpressionMatch m = regexOf(spec).match(QString::fromStdString(cell));
+    if (heading.starts_with('^')) {
+        const QRegularExpressionMatch m = regexOf(heading).match(QString::fromStdString(cell));
         if (m.hasMatch() && m.lastCapturedIndex() >= 1) *captured = m.captured(1).toStdString();
         return m.hasMatch();
     }
     size_t start = 0;
     for (;;) {
-        const size_t bar = spec.find('|', start);
-        if (normalisedHeading(spec.substr(start, bar - start)) == cell) return true;
+        const size_t bar = heading.find('|', start);
+        if (normalisedHeading(heading.substr(start, bar - start)) == cell) return true;
         if (bar == std::string::npos) return false;
         start = bar + 1;
     }
@@ -44,22 +44,22 @@ bool headingMatches(const std::string& spec, const std::string& cell, std::strin
 std::optional<Layout> resolveHeader(const ImportProfile& profile, const std::vector<std::string>& cells)
 {
     Layout layout;
-    for (const ColumnSpec& spec : profile.columns) {
+    for (const ColumnRule& column : profile.columns) {
         // A column may serve two roles (PayPay's 取引内容 is a kind and a
         // note), but not twice the same one: two Text columns are two cells.
-        std::vector<int>& role = layout.columns[static_cast<size_t>(spec.role)];
-        int found = spec.index;
+        std::vector<int>& role = layout.columns[static_cast<size_t>(column.role)];
+        int found = column.index;
         std::string captured;
         for (size_t i = 0; found < 0 && i < cells.size(); ++i) {
             const bool taken = std::find(role.begin(), role.end(), static_cast<int>(i)) != role.end();
-            if (!taken && headingMatches(spec.heading, cells[i], &captured)) found = static_cast<int>(i);
+            if (!taken && headingMatches(column.heading, cells[i], &captured)) found = static_cast<int>(i);
         }
         if (found < 0) {
-            if (spec.required) return std::nullopt;
+            if (column.required) return std::nullopt;
             continue;
         }
         role.push_back(found);
-        if (spec.role == Role::Billed && !captured.empty()) layout.stated.paymentMonth = std::stoi(captured);
+        if (column.role == Role::Billed && !captured.empty()) layout.stated.paymentMonth = std::stoi(captured);
     }
     layout.profile = profile;
     layout.headings = cells;
@@ -104,16 +104,16 @@ void keepStated(StatedValues& stated, StatedValue what, const std::string& value
 }
 
 // Reads the labelled values of the lines above the table.
-void readPreamble(const std::vector<PreambleSpec>& specs, const std::vector<CsvRecord>& records, uint32_t headerLine,
+void readPreamble(const std::vector<PreambleLabel>& labelRules, const std::vector<CsvRecord>& records, uint32_t headerLine,
                   StatedValues& stated)
 {
     std::vector<QRegularExpression> labels;
-    for (const PreambleSpec& s : specs) labels.push_back(regexOf(s.label));
+    for (const PreambleLabel& s : labelRules) labels.push_back(regexOf(s.label));
     for (const CsvRecord& r : records) {
         if (r.line >= headerLine) break;
         const std::vector<std::string> cells = normalisedCells(r);
         for (size_t c = 0; c < cells.size(); ++c) {
-            for (size_t s = 0; s < specs.size(); ++s) {
+            for (size_t s = 0; s < labelRules.size(); ++s) {
                 const QRegularExpressionMatch m = labels[s].match(QString::fromStdString(cells[c]));
                 if (!m.hasMatch()) continue;
                 std::string value;
@@ -122,7 +122,7 @@ void readPreamble(const std::vector<PreambleSpec>& specs, const std::vector<CsvR
                 } else {
                     for (size_t n = c + 1; n < cells.size() && value.empty(); ++n) value = cells[n];
                 }
-                keepStated(stated, specs[s].value, value);
+                keepStated(stated, labelRules[s].value, value);
             }
         }
     }
@@ -150,7 +150,7 @@ std::optional<Layout> resolveHeaderless(const ImportProfile& profile, const std:
     }
     Layout layout;
     layout.profile = profile;
-    for (const ColumnSpec& spec : profile.columns) layout.columns[static_cast<size_t>(spec.role)].push_back(spec.index);
+    for (const ColumnRule& column : profile.columns) layout.columns[static_cast<size_t>(column.role)].push_back(column.index);
     const std::vector<std::string>& first = records.front().fields;
     if (first.size() > 1) layout.stated.accountNumber = std::string(trimmedCell(first[1]));
     if (first.size() > 2) layout.stated.cardName = std::string(trimmedCell(first[2]));
@@ -201,12 +201,12 @@ std::optional<Layout> applyProfile(const ImportProfile& profile, const std::vect
                                    uint32_t headerLine)
 {
     const bool byHeading = std::any_of(profile.columns.begin(), profile.columns.end(),
-                                       [](const ColumnSpec& c) { return !c.heading.empty(); });
+                                       [](const ColumnRule& c) { return !c.heading.empty(); });
     if (byHeading || profile.headerless()) return recognise(records, {profile});
     Layout layout;
     layout.profile = profile;
     layout.headerLine = headerLine;
-    for (const ColumnSpec& spec : profile.columns) layout.columns[static_cast<size_t>(spec.role)].push_back(spec.index);
+    for (const ColumnRule& column : profile.columns) layout.columns[static_cast<size_t>(column.role)].push_back(column.index);
     for (const CsvRecord& r : records)
         if (r.line == headerLine) layout.headings = normalisedCells(r);
     return layout;
