@@ -32,6 +32,7 @@ void numberOccurrences(std::vector<StatementRow>& rows, const TextPool& pool)
 {
     // Counted by the keys' hashes: a million rows need no million key strings.
     std::unordered_map<size_t, uint32_t> idSeen, contentSeen;
+    contentSeen.reserve(rows.size());
     const std::hash<std::string> hash;
     for (StatementRow& row : rows) {
         if (row.kind != RowKind::Entry) continue;
