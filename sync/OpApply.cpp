@@ -140,7 +140,11 @@ int onConflict(void* context, int conflict, sqlite3_changeset_iter* iter)
     const int64_t id = (change == ChangeKind::Insert ? after : before).at(0).asInteger();
     if (decision.restoreWithEdit) state->restores.push_back({table, id, after});
     if (decision.notice) {
-        const Row& shown = hasCurrent ? current : (after.empty() ? before : after);
+        // The row as it ends: what was there, with the values the change wrote.
+        Row shown = hasCurrent ? current : (after.empty() ? before : after);
+        if (hasCurrent && decision.resolution == Resolution::Replace)
+            for (size_t c = 0; c < after.size() && c < shown.size(); ++c)
+                if (after[c].present()) shown[c] = after[c];
         state->notices.push_back({*decision.notice, table, id, shown,
                                   *decision.notice == NoticeKind::BothEdited ? losing : Row{}});
     }
