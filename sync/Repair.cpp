@@ -61,8 +61,11 @@ private:
         notices_->push_back(std::move(n));
     }
 
+    // The category of a changed sub-item, or the changed row itself when it
+    // is a category (an Update of its count alone carries no Hno).
     void noteCategoryOf(const Change& change)
     {
+        categories_.insert(change.id());
         for (const Row* row : {&change.before, &change.after})
             if (row->size() > kHimokuHno && (*row)[kHimokuHno].present())
                 categories_.insert((*row)[kHimokuHno].asInteger());

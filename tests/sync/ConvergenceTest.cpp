@@ -132,6 +132,7 @@ protected:
 
 TEST_F(ConvergenceTest, twoPcsEndWithTheSameSoundBookWhateverTheOrderOfArrival)
 {
+    // SEED=n runs that seed alone and prints the rows of a book that breaks a rule.
     const unsigned only = getenv("SEED") ? std::stoul(getenv("SEED")) : 0;
     for (unsigned seed = only ? only : 1; seed <= (only ? only : 60); ++seed) {
         run(seed, 3, 25, 5 * 60 * 1000);
