@@ -18,7 +18,7 @@ ChangeKind kindOf(int op)
     return ChangeKind::Update;
 }
 
-// Only an Id made of the characters of a table name reaches SQL text.
+// table is always one of the three book tables (BookTables.h), never user text.
 std::string selectSql(const std::string& table, const char* what)
 {
     return std::string("SELECT ") + what + " FROM \"" + table + "\" WHERE Id = ?";
