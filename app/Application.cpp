@@ -33,6 +33,13 @@ void bringToFront(QWidget& window)
     window.activateWindow();
 }
 
+// Another program holds the book: it is asked to show its window, and what
+// it answered is said. The exit code.
+int handOver(const std::string& book)
+{
+    return sayBookAlreadyOpen(book, SingleInstance::askRunning(book));
+}
+
 // The store on the book once SQLite's check of every page passed. The check
 // (a quarter of a second for a million entries) runs on a worker thread
 // beside the store's first reads, which write nothing and whose messages
@@ -104,16 +111,14 @@ int runZenvora(const std::string& bookPath, const WindowShown& windowShown)
     }
     const std::string& book = path.path;
     SingleInstance instance(book);
-    if (instance.runningElsewhere()) return sayBookAlreadyOpen(book, SingleInstance::askRunning(book));
+    if (instance.runningElsewhere()) return handOver(book);
     // A later start learns what this one is doing even before the window.
     instance.listen();
     // Nothing is written before the book has passed its checks.
-    if (!prepareBookForStart(book, instance.lock())) {
-        if (instance.runningElsewhere()) return sayBookAlreadyOpen(book, SingleInstance::askRunning(book));
-        return 1;
-    }
-    const std::unique_ptr<DataModel> dm = openCheckedBook(book, instance);
-    if (!dm) return instance.runningElsewhere() ? sayBookAlreadyOpen(book, SingleInstance::askRunning(book)) : 1;
+    // (Another start may take a book this one had to create or replace.)
+    const std::unique_ptr<DataModel> dm =
+        prepareBookForStart(book, instance.lock()) ? openCheckedBook(book, instance) : nullptr;
+    if (!dm) return instance.runningElsewhere() ? handOver(book) : 1;
     if (dm->badValue()) {
         sayUnreadableValue(book, *dm->badValue());
         return 1;

@@ -25,7 +25,8 @@ struct BadValue {
 };
 
 // The integer columns whose values the start reads from every row: the
-// assets' and categories' columns, and the entries' asset, kind and amounts.
+// assets' and categories' columns, and the entries' asset, kind and the
+// amount of the column their kind uses.
 // The store checks them as it reads them (DataModel::badValue); this pass
 // finds the first unreadable one of a book or a backup, in the order Sisan,
 // Items, Himoku. A failed read is reported in *error.

@@ -22,17 +22,15 @@ bool DataModel::sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* o
     if (!prepare(sql, "error prepare sum of items: ", "information")) return false;
     zankin.resize(sisanList.size());
     for (size_t p = 0; p < sisanList.size(); ++p) zankin[p] = sisanList[p]->SyokiKingaku;
-    // Every value is checked as it is read: this pass is the start's check
-    // of the entries' figures.
+    // Every value summed is checked as it is read: this pass is the start's
+    // check of the entries' figures (BookValues.h).
     return readRows("error step sum of items: ", "information", [&] {
         const int64_t kind = checkedInt(1, IntegerRange::Int32);
-        const int64_t nyuukin = checkedInt(2, IntegerRange::Int32);
-        const int64_t syukkin = checkedInt(3, IntegerRange::Int32);
         const int64_t* position = sisanId2Idx.find(checkedInt(0, IntegerRange::Int32));
         if (!position) return;  // rows of an asset that is no longer listed
         int64_t& sum = zankin[static_cast<size_t>(*position)];
-        if (isNyuukinKind(kind)) sum += nyuukin;
-        if (isSyukkinKind(kind)) sum -= syukkin;
+        if (isNyuukinKind(kind)) sum += checkedInt(2, IntegerRange::Int32);
+        if (isSyukkinKind(kind)) sum -= checkedInt(3, IntegerRange::Int32);
     });
 }
 

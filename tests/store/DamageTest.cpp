@@ -116,8 +116,9 @@ TEST_F(DamageTest, AFigureTheProgramCannotReadIsNamedAndNothingIsWritten)
         exec(c.fix);
     }
     EXPECT_TRUE(takeMessages().empty());
-    // 64-bit balances are the program's own: they are read, not refused.
-    exec("UPDATE Sisan SET Zankin = 5000000000 WHERE Id = 1");
+    // 64-bit balances are the program's own, and a value left in the amount
+    // column an entry's kind does not use is never read: neither is refused.
+    exec("UPDATE Sisan SET Zankin = 5000000000 WHERE Id = 1; UPDATE Items SET Nyuukin = 'old' WHERE Id = 1");
     EXPECT_FALSE(open().badValue());
     EXPECT_EQ(checkBookCopy(path).verdict, BookVerdict::Ready);
 }
