@@ -2,9 +2,9 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
-#include <memory>
 #include <string>
 #include <vector>
 
