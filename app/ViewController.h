@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDate>
 #include <QMainWindow>
 #include <cstdint>
 #include <functional>
@@ -62,6 +63,10 @@ public:
     void himokuKoumokuChanged(bool changed) override;
     void someMessageWithAlert(const QString& message, const QString& informative = QStringLiteral("information"));
     bool yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no);
+    // The day changed while the window is open: the date label shows the
+    // new day, and so does the entry panel's date where it still showed the
+    // day before.
+    void todayChanged();
 
     // ---- asset and entry lists ----------------------------------------------
     // Shows itemList afresh and scrolls to its last row.
@@ -105,6 +110,7 @@ private:
     };
     std::optional<EditedEntry> edited;
     bool selectingQuietly = false;   // a selection made by the code, not the user
+    QDate shownToday;                // the day lblToday shows
 
     void viewDidLoad();
     void wireActions();
