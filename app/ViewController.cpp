@@ -144,7 +144,16 @@ void ViewController::showGrandTotal()
 
 void ViewController::showToday()
 {
-    ui->lblToday->setText(dateStamp(currentDateTime().date()));
+    shownToday = currentDateTime().date();
+    ui->lblToday->setText(dateStamp(shownToday));
+}
+
+void ViewController::todayChanged()
+{
+    const QDate before = shownToday;
+    showToday();
+    // A date the user chose stays; the default moves with the day.
+    if (ui->itemDataDatePicker->date() == before) ui->itemDataDatePicker->setDate(shownToday);
 }
 
 void ViewController::setSegueDestination(const QString& identifier, SegueDestination destination)

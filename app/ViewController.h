@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDate>
 #include <QMainWindow>
 #include <cstdint>
 #include <functional>
@@ -63,6 +64,10 @@ public:
     void himokuKoumokuChanged(bool changed) override;
     void someMessageWithAlert(const QString& message, const QString& informative = QStringLiteral("information"));
     bool yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no);
+    // The day changed while the window is open: the date label shows the
+    // new day, and so does the entry panel's date where it still showed the
+    // day before.
+    void todayChanged();
 
     // ---- undo, redo and the history (編集 menu) ------------------------------
     // Cancel an open entry panel, then undo or redo the step the menu names;
@@ -124,6 +129,7 @@ private:
     };
     std::optional<EditedEntry> edited;
     bool selectingQuietly = false;   // a selection made by the code, not the user
+    QDate shownToday;                // the day lblToday shows
 
     void viewDidLoad();
     void wireActions();

@@ -4,6 +4,7 @@
 #include <QThread>
 #include <memory>
 
+#include "app/BookGate.h"
 #include "app/ViewController.h"
 #include "history/RestoreViewController.h"
 #include "store/BackupRestore.h"
@@ -21,7 +22,7 @@ constexpr int kBackupsKept = 14;
 void ViewController::mnuBackupNow()
 {
     closePanel();
-    const std::string dir = backupFolderFor(DM.bookPath());
+    const std::string dir = backupFolderOf(DM.bookPath());
     const std::string day = currentDateTime().toString(QStringLiteral("yyyyMMdd")).toStdString();
     std::string path, error;
     BackupResult result = BackupResult::Failed;
@@ -50,7 +51,7 @@ void ViewController::mnuBackupNow()
 void ViewController::mnuRestoreBackup()
 {
     closePanel();
-    RestoreViewController restore(DM, backupFolderFor(DM.bookPath()), this);
+    RestoreViewController restore(DM, backupFolderOf(DM.bookPath()), this);
     restore.onRestored = [this] { showReopenedBook(); };
     if (restore.exec() != QDialog::Accepted) return;
     someMessageWithAlert(QStringLiteral("バックアップに戻しました。元の帳簿は次の名前で残してあります:\n") +

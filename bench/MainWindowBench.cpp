@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <cstdio>
 
+#include "app/BookGate.h"
 #include "app/ViewController.h"
 #include "bench/Compare.h"
 #include "history/RestoreViewController.h"
@@ -36,12 +37,13 @@ public:
         std::fprintf(stderr, "message: %s %s\n", qPrintable(message), qPrintable(informative));
     }
     bool yesNoMessageWithAlert(const QString&, const QString&, const QString&) override { return true; }
+    int choiceMessageWithAlert(const QString&, const QStringList&) override { return 0; }
 };
 
 // Restores a backup of the book through the dialog once.
 void benchRestore(DataModel& dm, ViewController& window)
 {
-    const std::string dir = backupFolderFor(dm.bookPath());
+    const std::string dir = backupFolderOf(dm.bookPath());
     std::string error;
     if (backupBookOnce(dm.bookPath(), dir, "20250101", 14, &error) == BackupResult::Failed) {
         std::fprintf(stderr, "cannot back up the book: %s\n", error.c_str());

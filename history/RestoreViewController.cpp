@@ -41,7 +41,7 @@ RestoreViewController::RestoreViewController(DataModel& dm, std::string dir, QWi
     : QDialog(parent), DM(dm), ui(std::make_unique<Ui::RestoreViewController>()), backupDir(std::move(dir))
 {
     ui->setupUi(this);
-    for (const std::string& path : backupFiles(backupDir)) rows.push_back({path, std::nullopt});
+    for (const std::string& path : listBackups(backupDir)) rows.push_back({path, std::nullopt});
     const auto summary = [this](int r) -> const std::optional<BackupSummary>& {
         return rows[static_cast<size_t>(r)].summary;
     };

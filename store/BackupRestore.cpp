@@ -1,16 +1,9 @@
 #include "store/BackupRestore.h"
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <map>
-#include <regex>
 #include <system_error>
 
 #include "store/BookCheck.h"
@@ -146,16 +139,6 @@ bool sameRow(const Statement& a, const Statement& b)
     return true;
 }
 
-// Creates the file owner-only before SQLite opens it.
-bool createPrivateFile(const std::string& path, std::string* error)
-{
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (fd < 0) return fail(error, path + ": " + std::strerror(errno));
-    ::fchmod(fd, S_IRUSR | S_IWUSR);
-    ::close(fd);
-    return true;
-}
-
 // Copies every page of source into target with the backup API, in one
 // write transaction on target; a busy step is retried. A cancel or failure
 // before the end rolls target back.
@@ -198,62 +181,30 @@ RestoreResult copyPages(sqlite3* source, sqlite3* target, std::string* error,
 }
 
 // A complete private copy of the book at `to`, which appears under its name
-// only when complete.
+// only when complete (an existing file there is replaced then).
 bool copyBookTo(const std::string& book, const std::string& to, std::string* error)
 {
     const std::string partial = to + ".copying";
-    Connection source, target;
     std::error_code ec;
-    const bool copied = openReadOnly(book, source, error) && createPrivateFile(partial, error) &&
-                        (sqlite3_open_v2(partial.c_str(), &target.db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK ||
-                         fail(error, partial + ": " + sqlite3_errmsg(target.db))) &&
-                        copyPages(source.db, target.db, error, {}, nullptr) == RestoreResult::Restored;
-    sqlite3_close(target.db);
-    target.db = nullptr;
-    if (copied) fs::rename(partial, to, ec);
-    if (copied && !ec) return true;
+    if (copyBook(book, partial, error) == BackupResult::Made) {
+        fs::rename(partial, to, ec);
+        if (!ec) return true;
+        fail(error, to + ": " + ec.message());
+    }
     fs::remove(partial, ec);
-    return copied ? fail(error, to + ": " + ec.message()) : false;
+    fs::remove(partial + "-journal", ec);
+    return false;
 }
 
-// The backup passes the checks of a book at the start, and SQLite's own.
+// The backup passes the checks a copy of a book gets at the start.
 bool checkBackup(const std::string& backup, std::string* error)
 {
-    const BookCheck check = checkBook(backup);
-    if (check.verdict != BookVerdict::Ready)
-        return fail(error, backup + ": " + (check.detail.empty() ? "not a book of this program" : check.detail));
-    Connection c;
-    if (!openUnchanged(backup, c, error)) return false;
-    Statement s;
-    std::string result;
-    if (!s.prepare(c.db, "PRAGMA quick_check(1)")) return fail(error, sqlite3_errmsg(c.db));
-    if (!eachRow(c.db, s, error, [&] {
-            result = s.columnText(0);
-            return true;
-        }))
-        return false;
-    return result == "ok" || fail(error, backup + ": " + result);
+    const BookCheck check = checkBookCopy(backup);
+    if (check.verdict == BookVerdict::Ready) return true;
+    return fail(error, backup + ": " + (check.detail.empty() ? "not a book of this program" : check.detail));
 }
 
 }  // namespace
-
-std::string backupFolderFor(const std::string& book)
-{
-    return (fs::path(book).parent_path() / "backups").string();
-}
-
-std::vector<std::string> backupFiles(const std::string& dir)
-{
-    static const std::regex name(R"(Zenvora-\d{8}\.sql)");
-    std::vector<std::string> files;
-    std::error_code ec;
-    for (const auto& entry : fs::directory_iterator(dir, ec)) {
-        const std::string file = entry.path().filename().string();
-        if (entry.is_regular_file(ec) && std::regex_match(file, name)) files.push_back(entry.path().string());
-    }
-    std::sort(files.rbegin(), files.rend());
-    return files;
-}
 
 BackupSummary readBackupSummary(const std::string& path)
 {

@@ -14,12 +14,6 @@
 // connections of its own, so it may run on a worker thread while the store's
 // connection stays open and idle.
 
-// The folder the book's daily backups go to: "backups" beside the book.
-std::string backupFolderFor(const std::string& book);
-
-// The backups in dir (Zenvora-YYYYMMDD.sql), newest day first.
-std::vector<std::string> backupFiles(const std::string& dir);
-
 // What a backup holds, read without changing it.
 struct BackupSummary {
     std::string day;          // "YYYYMMDD", from its name
@@ -54,11 +48,14 @@ enum class RestoreResult { Restored, Cancelled, Failed };
 // ".before-restore-" + stamp (YYYYMMDD-HHMMSS).
 std::string keptBookPath(const std::string& book, const std::string& stamp);
 
-// Puts the backup in the book's place: checks the backup (SQLite's
-// quick_check and the book's tables), keeps a complete private copy of the
-// book at `kept`, then copies the backup into the book with SQLite's backup
-// API in one write transaction, and gives a book of an earlier version its
-// missing indexes and history table. Until the copy completes the book is as
+// Puts the backup in the book's place while the program has the book open:
+// checks the backup as the start checks a copy (checkBookCopy), keeps a
+// complete private copy of the book at `kept`, then copies the backup into
+// the book itself with SQLite's backup API in one write transaction, and
+// gives a book of an earlier version its missing indexes and history table.
+// The book stays the same file, so its lock (BookLock) and the store's open
+// connection stay valid; BookRestore's restoreBackup, which renames a new
+// file into place, is for a book nobody has open. Until the copy completes the book is as
 // it was: a failure or a cancel part-way leaves it so, removes the kept copy
 // and says why in *error. `progress(done, total)` (pages) is called between
 // steps; `cancel`, when set, is polled there.

@@ -65,7 +65,7 @@ sqlite3_value* ChangesetReader::latest(int column) const
 
 int64_t ChangesetReader::intOf(sqlite3_value* value)
 {
-    return value ? sqlite3_value_int(value) : 0;
+    return value ? sqlite3_value_int64(value) : 0;
 }
 
 std::string ChangesetReader::textOf(sqlite3_value* value)

@@ -36,7 +36,7 @@ public:
     sqlite3_value* latest(int column) const;
 
     // A value as the store reads a column: NULL and absent read as 0 or "".
-    static int64_t intOf(sqlite3_value* value);  // 32-bit, widened
+    static int64_t intOf(sqlite3_value* value);
     static std::string textOf(sqlite3_value* value);
     static bool isNull(sqlite3_value* value);  // absent or NULL
 

@@ -4,9 +4,12 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "store/BookValues.h"
 #include "store/Himoku.h"
 #include "store/History.h"
 #include "store/IdIndexMap.h"
@@ -61,14 +64,23 @@ public:
     // How long a statement waits for another connection's lock (a backup
     // tool, a sync client) before it fails as busy.
     static constexpr int kBusyTimeoutMs = 5000;
+    // How long a correction of stored balances waits for a program reading
+    // the book before leaving it for later.
+    static constexpr int kCorrectionWaitMs = 200;
 
     // Opens (creating if missing) the database file at path, reads the asset
     // table, then the category table, then recomputes every balance from the
     // entries (recomputeAllSisanZankin), prunes the history (History.h's
     // limits) and reads the undo and redo lists from it. A statement waits
     // busyTimeoutMs for another connection's lock. Failures are reported,
-    // not thrown.
-    explicit DataModel(std::string path, int busyTimeoutMs = kBusyTimeoutMs);
+    // not thrown. The values these reads take are checked on the way
+    // (badValue); a book with one it cannot read gets no balance written.
+    // With Corrections::Defer the corrected balances are not stored yet but
+    // left pending (storePendingZankin), and the history is pruned then: the
+    // book's check may still be running.
+    enum class Corrections { Store, Defer };
+    explicit DataModel(std::string path, int busyTimeoutMs = kBusyTimeoutMs,
+                       Corrections corrections = Corrections::Store);
     // Finalizes any open statement and closes the connection.
     ~DataModel();
     DataModel(const DataModel&) = delete;
@@ -80,6 +92,20 @@ public:
     static DataModel& sharedInstance(const std::string& path = defaultBookPath());
     // resourceDirectory()/Zenvora.sql.
     static std::string defaultBookPath();
+
+    // The first stored value the start could not read as the program's
+    // integer (text, a fraction, out of range), with its table, row and
+    // column; none when every value was readable.
+    const std::optional<BadValue>& badValue() const { return badValueFound; }
+    // True while corrected balances wait to be stored: deferred by the
+    // start, or kept out by another program reading the book. The store
+    // tries again after its next committed change and at the final balance
+    // write.
+    bool zankinWritePending() const { return !zankinPendingIds.empty(); }
+    // Stores the pending balances, waiting only briefly for a reader, and
+    // prunes the history when the start left that too; true when no
+    // balance is pending any more.
+    bool storePendingZankin();
 
     // ---- lists shown by the screens -------------------------------------
     // Each list comes with a map from row Id to position (Id2Idx) and one
@@ -262,6 +288,11 @@ private:
     std::vector<HistoryEntry> undoStack;     // done steps, newest last
     std::vector<HistoryEntry> redoStack;     // undone steps, newest undone last
     std::function<void()> historyListener;
+    bool unreadableValueSeen = false;  // set by the checked reads below
+    std::optional<BadValue> badValueFound;
+    std::set<int64_t> zankinPendingIds;  // assets whose stored balance waits to be corrected
+    bool deferCorrections = false;
+    bool historyPrunePending = false;  // the start left the pruning for storePendingZankin
 
     // Prepares sql into stmt; on failure reports prefix + SQLite's message.
     bool prepare(const std::string& sql, const char* failurePrefix, const char* informative);
@@ -281,6 +312,9 @@ private:
     // Reports an integer that does not fit 32 bits; true when all fit.
     bool allFitInt32(std::initializer_list<int64_t> values);
     std::string errorText(const char* prefix) const;
+    // The current row's integer column, noting a value the program cannot
+    // read (BookValues.h); such a value is taken as SQLite converts it.
+    int64_t checkedInt(int column, IntegerRange range);
 
     // Report a transaction that could not begin or commit; true otherwise.
     bool beganOrReport(const Transaction& tx);
@@ -292,6 +326,7 @@ private:
 
     // What the start reads: the lists, every balance, the pruned history.
     bool readBook();
+    void pruneOldHistory();
 
     // History.
     void loadUndoLists();

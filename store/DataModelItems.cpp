@@ -20,6 +20,18 @@ const char* const kInsertIdouSaki =
     "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Nyuukin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
 const char* const kInsertStepFailure = "failure inserting item Syukkin,Nyuukin: ";
 
+// How many rows of a ledger have a kind the program does not know, and the
+// first few of their Ids: one message however many there are.
+std::string unknownKindsText(const std::vector<int64_t>& ids)
+{
+    constexpr size_t kNamed = 5;
+    std::string named;
+    for (size_t i = 0; i < ids.size() && i < kNamed; ++i) named += (i ? ", " : "") + std::to_string(ids[i]);
+    if (ids.size() > kNamed) named += " ほか";
+    return "種別の分からない行が " + std::to_string(ids.size()) + " 件あります（Id " + named +
+           "）。これらの行は残高に含めていません。";
+}
+
 }  // namespace
 
 void DataModel::clearItemList()
@@ -55,6 +67,7 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
         return false;
     const std::shared_ptr<ItemsArena> arena = emptyItemsArena();
     int64_t zankin = sisan->SyokiKingaku;
+    std::vector<int64_t> unknownKinds;  // Ids of rows of no known kind, told once after the read
     const bool read = readRows("error step selct from item: ", "stop the app", [&] {
         const int64_t id = stmt.columnInt(0);
         const int64_t kind = stmt.columnInt(6);
@@ -67,7 +80,7 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
         } else if (isNyuukinKind(kind)) {
             zankin += nyuukin;
         } else {
-            someMessageWithAlert("error in readFromItemTable IntToStr");
+            unknownKinds.push_back(id);
         }
         Items& item = arena->emplace(
             id, stmt.columnText(1), stmt.columnInt(2), stmt.columnInt(3), stmt.columnInt(4), stmt.columnInt(5),
@@ -89,6 +102,7 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
     itemId2Idx.assignPositions(itemIdx2Id);
     updateSisanZankinList(sisanId, zankin);
     for (auto& flag : itemSortASC) flag.second = true;
+    if (!unknownKinds.empty()) someMessageWithAlert("error in readFromItemTable IntToStr", unknownKindsText(unknownKinds));
     return true;
 }
 

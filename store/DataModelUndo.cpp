@@ -74,6 +74,9 @@ bool DataModel::commitStep(RecordedStep& step)
         return false;
     }
     noteRecorded(step.entry(), true);
+    // The book takes writes again: balances a reader kept out go in now, as
+    // they were before this step (its own wait for the end).
+    storePendingZankin();
     if (ordinary && zankinExact) applyZankinDeltas(digest);
     return true;
 }

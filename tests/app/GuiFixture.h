@@ -12,8 +12,10 @@
 
 // A temporary book behind widgets. Every message box the user would see lands
 // in `messages` (store messages included), which a test must take before it
-// ends; questions are answered from `answers` (true: the first button) and
-// recorded in `questions` as "message|yes|no"; save dialogs are answered from `savePaths` ("" cancels).
+// ends; questions are answered from `answers` (true: the first button), or
+// from `choices` (the index of the button) when they offer a list, and
+// recorded in `questions` as "message|yes|no" or "message|choice|...";
+// save dialogs are answered from `savePaths` ("" cancels).
 // The clock reads 23 November 2026, 10:00.
 class GuiFixture : public StoreFixture, private MessageService, private SaveFileService {
 protected:
@@ -31,7 +33,7 @@ protected:
         setSaveFileService(nullptr);
         setMessageService(nullptr);
         for (const Message& m : messages) ADD_FAILURE() << "message not checked: " << m.first;
-        EXPECT_TRUE(answers.empty()) << "questions expected but not asked";
+        EXPECT_TRUE(answers.empty() && choices.empty()) << "questions expected but not asked";
         EXPECT_TRUE(savePaths.empty()) << "save dialogs expected but not shown";
         StoreFixture::TearDown();
     }
@@ -61,6 +63,7 @@ protected:
     }
 
     std::deque<bool> answers;
+    std::deque<int> choices;
     Rows questions;
     std::deque<QString> savePaths;
     QStringList offeredTypes;
@@ -78,6 +81,15 @@ private:
         const bool answer = answers.front();
         answers.pop_front();
         return answer;
+    }
+    int choiceMessageWithAlert(const QString& message, const QStringList& buttons) override
+    {
+        questions.push_back((QStringList{message} + buttons).join('|').toStdString());
+        if (choices.empty()) ADD_FAILURE() << "unexpected question " << questions.back();
+        if (choices.empty()) return static_cast<int>(buttons.size()) - 1;
+        const int choice = choices.front();
+        choices.pop_front();
+        return choice;
     }
     QString askSavePath(const QStringList& fileTypes) override
     {

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <functional>
 
+#include "app/BookGate.h"
 #include "history/RestoreViewController.h"
 #include "store/BackupRestore.h"
 #include "tests/app/AppFixture.h"
@@ -30,7 +31,7 @@ protected:
         addCategory(1, "食費", {"外食"});
         addEntry(1, "2024-01-05", 1, 3, 1200);
         addEntry(1, "2024-01-06", 1, 3, 500);
-        backups = backupFolderFor(path);
+        backups = backupFolderOf(path);
         std::string error;
         ASSERT_EQ(backupBookOnce(path, backups, "20261120", 14, &error), BackupResult::Made) << error;
         std::ofstream(backups + "/Zenvora-20261121.sql") << std::string(4096, 'x');

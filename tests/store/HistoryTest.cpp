@@ -66,7 +66,9 @@ protected:
     {
         DataModel fresh(path);
         fresh.theSisanNo = store->theSisanNo;
-        if (!fresh.sisanList.empty()) EXPECT_TRUE(fresh.readFromItemsTable(fresh.sisanList[fresh.theSisanNo]->Id));
+        if (!fresh.sisanList.empty()) {
+            EXPECT_TRUE(fresh.readFromItemsTable(fresh.sisanList[fresh.theSisanNo]->Id));
+        }
         return lists(fresh);
     }
 
