@@ -253,7 +253,9 @@ RestoreResult RestoreViewController::restoreWithProgress(const std::string& back
     progress.setMinimumDuration(0);
     progress.setValue(0);
     std::atomic<bool> cancel{false};
+    // 中止, and a quit that closes every modal window, leave the book as it was.
     connect(&progress, &QProgressDialog::canceled, this, [&cancel] { cancel = true; });
+    connect(&progress, &QDialog::rejected, this, [&cancel] { cancel = true; });
     RestoreResult result = RestoreResult::Failed;
     const std::string book = DM.bookPath();
     QEventLoop loop;
