@@ -1,5 +1,6 @@
 #include <sqlite3.h>
 
+#include <QAbstractItemModelTester>
 #include <QAction>
 #include <QApplication>
 #include <QLabel>
@@ -68,6 +69,8 @@ TEST_F(RestoreWindowTest, TheDialogListsTheBackupsComparesOneAndRestoresItIntoTh
     QTimer::singleShot(0, [&] {
         auto* w = qobject_cast<RestoreViewController*>(QApplication::activeModalWidget());
         ASSERT_NE(w, nullptr) << "no restore dialog";
+        QAbstractItemModelTester backupsTester(w->findChild<QTableView*>("tblBackups")->model());
+        QAbstractItemModelTester differenceTester(w->findChild<QTableView*>("tblDifference")->model());
         ASSERT_TRUE(QTest::qWaitFor([w] { return w->idle(); }, 10000));
         const Rows listed = rowsOf(w, "tblBackups");
         ASSERT_EQ(listed.size(), 2u);
