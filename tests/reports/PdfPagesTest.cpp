@@ -31,8 +31,8 @@ TEST(PageRoutinesTest, AmountsFillTheirFieldFromTheRightAndPointsBecomePdfSpace)
         int digits;
         const char* field;
     } cases[] = {
-        {0, 10, "         0"},          {-500, 10, "      -500"},   {1234567, 10, " 1,234,567"},
-        {123456789, 10, "23,456,789"},  {-10000000, 10, "10,000,000"}, {1234, 3, "234"},
+        {0, 10, "         0"},           {-500, 10, "      -500"},    {1234567, 10, " 1,234,567"},
+        {123456789, 10, "123,456,789"}, {-10000000, 10, "-10,000,000"}, {1234, 3, "1,234"},
         {7, 0, "7"},
     };
     for (const auto& c : cases) EXPECT_EQ(int2stringWithComma(c.amount, c.digits), c.field) << c.amount;
@@ -92,19 +92,21 @@ TEST(AnnualReportPDFPageTest, APageDrawsItsFrameTitleHeadingsAndRowsWhereTheyBel
     // Title, 14 headings, 12 rows of a label and 13 amounts.
     ASSERT_EQ(canvas.texts.size(), 1u + 14u + 12u * 14u);
     const auto& t = canvas.texts;
-    EXPECT_EQ(t[0], (Text{"2019 年度\u3000レポート\u30002019年01月15日", {50, 545, 300, 30}, {"Helvetica", 12}, {}}));
-    EXPECT_EQ(t[1], (Text{" 名\u3000称", {25, 503, 160, 20}, kTable, {}}));
-    EXPECT_EQ(t[2], (Text{"     1 月", {185, 503, 50, 20}, kTable, {}}));
-    EXPECT_EQ(t[13], (Text{"    12 月", {735, 503, 50, 20}, kTable, {}}));
-    EXPECT_EQ(t[14], (Text{"      計", {785, 503, 55, 20}, kTable, {}}));
-    // The first row: its label, January ending 3 points before February's
-    // edge, and the year total ending before the right border.
-    EXPECT_EQ(t[15], (Text{"row0", {25, 483, 160, 20}, kTable, {}}));
-    EXPECT_EQ(t[16], (Text{"         0", {185, 483, 50, 20}, kTable, 227.0}));
-    EXPECT_EQ(t[28], (Text{"         0", {785, 483, 55, 20}, kTable, 832.0}));
+    const TextFit wrap = TextFit::Wrap;
+    EXPECT_EQ(t[0], (Text{"2019 年度\u3000レポート\u30002019年01月15日", {50, 545, 300, 30}, {"Helvetica", 12}, wrap}));
+    EXPECT_EQ(t[1], (Text{" 名\u3000称", {25, 503, 160, 20}, kTable, wrap}));
+    EXPECT_EQ(t[2], (Text{"     1 月", {185, 503, 50, 20}, kTable, wrap}));
+    EXPECT_EQ(t[13], (Text{"    12 月", {735, 503, 50, 20}, kTable, wrap}));
+    EXPECT_EQ(t[14], (Text{"      計", {785, 503, 55, 20}, kTable, wrap}));
+    // The first row: its label inside the label column, January between
+    // its rules (1.5 points from the left one, 3 from the right one), and
+    // the year total before the right border.
+    EXPECT_EQ(t[15], (Text{"row0", {25, 483, 150, 20}, kTable, TextFit::ShrinkLeft}));
+    EXPECT_EQ(t[16], (Text{"0", {181.5, 483, 45.5, 20}, kTable, TextFit::ShrinkRight}));
+    EXPECT_EQ(t[28], (Text{"0", {781.5, 483, 50.5, 20}, kTable, TextFit::ShrinkRight}));
     // The last row (the balance) 11 rows further down.
-    EXPECT_EQ(t[15 + 11 * 14], (Text{"row11", {25, 263, 160, 20}, kTable, {}}));
-    EXPECT_EQ(t[15 + 11 * 14 + 1].text, "        11");
+    EXPECT_EQ(t[15 + 11 * 14], (Text{"row11", {25, 263, 150, 20}, kTable, TextFit::ShrinkLeft}));
+    EXPECT_EQ(t[15 + 11 * 14 + 1].text, "11");
 
     // An impossible grid column is reported and drawn at the left edge.
     testing::internal::CaptureStdout();
@@ -139,7 +141,7 @@ TEST(AnnualReportPDFPageTest, RowsGoTwentyFourToAPageWithTheTotalsLinesWhereThei
     // A page of 24 rows fills its frame to the last row.
     RecordingCanvas canvas;
     annualReportPages("2019", combined(10, 11), stamp)[0]->draw(canvas);
-    EXPECT_EQ(canvas.texts.back().rect, (PageRect{785, 23, 55, 20}));
+    EXPECT_EQ(canvas.texts.back().rect, (PageRect{781.5, 23, 50.5, 20}));
     EXPECT_EQ(canvas.lines.back(), underTotal(24));
 }
 
@@ -169,14 +171,17 @@ TEST(SisanReportPDFPageTest, APageDrawsTheFullFrameTheAssetsAndTheTotal)
     // Title, date, two headings, 7 assets of two texts, the total.
     ASSERT_EQ(canvas.texts.size(), 4u + 14u + 1u);
     const auto& t = canvas.texts;
-    EXPECT_EQ(t[0], (Text{"資産レポート", {100, 740, 120, 30}, {"Helvetica", 14}, {}}));
-    EXPECT_EQ(t[1], (Text{"2019年01月15日", {300, 740, 140, 20}, kText, {}}));
-    EXPECT_EQ(t[2], (Text{" 名\u3000称", {54, 661, 60, 20}, kText, {}}));
-    EXPECT_EQ(t[3], (Text{"   金額（円）", {254, 661, 100, 20}, kText, {}}));
-    EXPECT_EQ(t[4], (Text{"asset0", {54, 640, 200, 20}, kText, {}}));
-    EXPECT_EQ(t[5], (Text{"    -3,000", {266, 640, 100, 20}, kText, 342.0}));
-    EXPECT_EQ(t[16], (Text{"asset6", {54, 490, 200, 20}, kText, {}}));
-    EXPECT_EQ(t[18], (Text{"合\u3000計\u3000\u3000 1,234,567 円", {210, 140, 160, 20}, kText, {}}));
+    const TextFit wrap = TextFit::Wrap;
+    EXPECT_EQ(t[0], (Text{"資産レポート", {100, 740, 120, 30}, {"Helvetica", 14}, wrap}));
+    EXPECT_EQ(t[1], (Text{"2019年01月15日", {300, 740, 140, 20}, kText, wrap}));
+    EXPECT_EQ(t[2], (Text{" 名\u3000称", {54, 661, 60, 20}, kText, wrap}));
+    EXPECT_EQ(t[3], (Text{"   金額（円）", {254, 661, 100, 20}, kText, wrap}));
+    // Names and balances inside their columns, 4 points from the rules on
+    // the left, the balance 8 from the right border.
+    EXPECT_EQ(t[4], (Text{"asset0", {54, 640, 192, 20}, kText, TextFit::ShrinkLeft}));
+    EXPECT_EQ(t[5], (Text{"-3,000", {254, 640, 88, 20}, kText, TextFit::ShrinkRight}));
+    EXPECT_EQ(t[16], (Text{"asset6", {54, 490, 192, 20}, kText, TextFit::ShrinkLeft}));
+    EXPECT_EQ(t[18], (Text{"合\u3000計\u3000\u3000 1,234,567 円", {210, 140, 160, 20}, kText, TextFit::ShrinkLeft}));
 }
 
 TEST(SisanReportPDFPageTest, AssetsGoTwentyToAPageEachWithTheGrandTotal)
@@ -207,7 +212,7 @@ public:
     PageSize bounds() const override { return {400, 300}; }
     void draw(PageCanvas& canvas) const override
     {
-        for (const Text& item : items) canvas.drawText(item.text, item.rect, item.font, item.rightEdge);
+        for (const Text& item : items) canvas.drawText(item.text, item.rect, item.font, item.fit);
     }
 
 private:
@@ -220,9 +225,9 @@ TEST(PdfDocumentTest, TextWrapsAtItsRectangleAndLinesBeyondItsHeightAreLeftOut)
     const PageFont font{"Helvetica", 10};
     PdfDocument document;
     document.insertPage(std::make_unique<TextPage>(std::vector<Text>{
-                            {"あいうえおかきくけこ", {20, 200, 50, 20}, font, {}},  // 5 to a line, room for one line
-                            {"さしすせそたちつてと", {20, 100, 50, 40}, font, {}},  // room for two lines
-                            {"23,456,789", {200, 200, 40, 20}, font, 300.0},        // an amount stays on one line
+                            {"あいうえおかきくけこ", {20, 200, 50, 20}, font, TextFit::Wrap},  // 5 to a line, room for one line
+                            {"さしすせそたちつてと", {20, 100, 50, 40}, font, TextFit::Wrap},  // room for two lines
+                            {"23,456,789", {200, 200, 40, 20}, font, TextFit::ShrinkRight},  // smaller, on one line
                         }),
                         0);
     std::string error;
