@@ -15,6 +15,7 @@
 #include "app/ViewController.h"
 #include "store/DataModel.h"
 #include "ui/MessageService.h"
+#include "ui/QtTranslations.h"
 
 namespace {
 
@@ -65,6 +66,7 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Zenvora"));
     QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
+    installQtTranslations();
     installStoreMessageSink();
 
     // An absolute path, so that the lock and the running program's address

@@ -13,6 +13,7 @@
 #include "reports/ReportExport.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
+#include "ui/FitToScreen.h"
 #include "ui/ListTableModel.h"
 #include "ui_AnnualReportViewController.h"
 
@@ -31,6 +32,12 @@ std::map<std::string, int> columnNumbers()
     return numbers;
 }
 
+// The file name the save dialog proposes for a year's report.
+QString proposedName(const std::string& year)
+{
+    return QStringLiteral("年間レポート_") + QString::fromStdString(year);
+}
+
 QString columnTitle(int number)
 {
     if (number == 0) return QStringLiteral("名称");
@@ -45,6 +52,7 @@ AnnualReportViewController::AnnualReportViewController(DataModel& dm, QWidget* p
 {
     ui->setupUi(this);
     viewDidLoad();
+    fitToScreen(this);
 }
 
 AnnualReportViewController::~AnnualReportViewController() = default;
@@ -84,7 +92,10 @@ ListTableModel* AnnualReportViewController::makeTableModel(int tag)
         columns.push_back({kColumnIds[number], columnTitle(number), number > 0,
                            [this, tag, id](int row) { return cellText(tag, row, id); }});
     }
-    return new ListTableModel([this, tag] { return numberOfRows(tag); }, std::move(columns), {}, this);
+    // A name too long for its column is elided there; the row's tool tip
+    // shows it whole.
+    return new ListTableModel([this, tag] { return numberOfRows(tag); }, std::move(columns),
+                              [this, tag](int row) { return cellText(tag, row, kColumnIds[0]); }, this);
 }
 
 void AnnualReportViewController::layOutTables()
@@ -120,11 +131,14 @@ void AnnualReportViewController::layOutTables()
 void AnnualReportViewController::fitLabelColumns()
 {
     const QFontMetrics metrics(font());
+    // Wide enough for the longest label, up to sixteen kanji: a longer name
+    // must not push the figures out of sight.
+    const int most = 16 * metrics.horizontalAdvance(QChar(0x4E00));
     int widest = metrics.horizontalAdvance(QStringLiteral("差　引　合　計"));
     for (const auto* names : {&DM.annualInNameList, &DM.annualOutNameList, &DM.annualTotalNameList})
         for (const std::string& name : *names)
             widest = std::max(widest, metrics.horizontalAdvance(QString::fromStdString(name)));
-    for (QTableView* table : tables()) table->horizontalHeader()->resizeSection(0, widest + 16);
+    for (QTableView* table : tables()) table->horizontalHeader()->resizeSection(0, std::min(widest, most) + 16);
 }
 
 void AnnualReportViewController::showEvent(QShowEvent* event)
@@ -201,7 +215,8 @@ void AnnualReportViewController::btnCSV()
 {
     const auto year = exportableYear();
     if (!year) return;
-    saveReportCsv(annualReportCsv(*year, reportDateStamp(), DM), "annual report csv write error \n");
+    saveReportCsv(annualReportCsv(*year, reportDateStamp(), DM), proposedName(*year),
+                  "annual report csv write error \n");
 }
 
 void AnnualReportViewController::btnPDF()
@@ -211,5 +226,5 @@ void AnnualReportViewController::btnPDF()
     PdfDocument document;
     size_t index = 0;
     for (auto& page : annualReportPages(*year, annualReportRows(DM), reportDateStamp)) document.insertPage(std::move(page), index++);
-    saveReportPdf(document);
+    saveReportPdf(document, proposedName(*year));
 }

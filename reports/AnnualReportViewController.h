@@ -59,7 +59,8 @@ private:
     ListTableModel* makeTableModel(int tag);
     std::array<QTableView*, 3> tables() const;
     void layOutTables();
-    // Widens the label columns to the longest label of the three tables.
+    // Widens the label columns to the longest label of the three tables, up
+    // to a cap beyond which names are elided.
     void fitLabelColumns();
     // The year whose figures the tables show, when one is picked and computed.
     std::optional<std::string> exportableYear() const;
