@@ -10,6 +10,7 @@
 #include "editors/UtiwakeNamae.h"
 #include "store/DataModel.h"
 #include "store/FindById.h"
+#include "ui/BoxKeys.h"
 #include "ui/ListTableModel.h"
 #include "ui/MessageService.h"
 #include "ui_PrefsHimokuViewController.h"
@@ -135,7 +136,7 @@ void PrefsHimokuViewController::wireActions()
     connect(ui->btnHimokuKoumokuCancelLabel, &QPushButton::clicked, this,
             &PrefsHimokuViewController::btnHimokuKoumokuCancel);
     connect(ui->tblHimokuKoumoku, &QAbstractItemView::doubleClicked, this, &PrefsHimokuViewController::btnHimokuHensyuu);
-    connect(new QShortcut(QKeySequence::Delete, ui->tblHimokuKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
+    connect(new QShortcut(QKeySequence(Qt::Key_Delete), ui->tblHimokuKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
             &QShortcut::activated, this, &PrefsHimokuViewController::btnHimokuSakujyo);
     bindBoxKeys(ui->himokuKoumokuBox, [this] { btnHimokuKoumokuOk(); }, [this] { btnHimokuKoumokuCancel(); });
 }

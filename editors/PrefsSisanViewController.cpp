@@ -8,6 +8,7 @@
 #include "editors/EditorWidgets.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
+#include "ui/BoxKeys.h"
 #include "ui/ListTableModel.h"
 #include "ui/MessageService.h"
 #include "ui_PrefsSisanViewController.h"
@@ -94,7 +95,7 @@ void PrefsSisanViewController::wireActions()
     connect(ui->btnSisanModalClose, &QPushButton::clicked, this, &PrefsSisanViewController::btnSisanModalClose);
     connect(ui->tblSisanKoumoku, &QAbstractItemView::doubleClicked, this,
             &PrefsSisanViewController::btnSisanKoumokuKousin);
-    connect(new QShortcut(QKeySequence::Delete, ui->tblSisanKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
+    connect(new QShortcut(QKeySequence(Qt::Key_Delete), ui->tblSisanKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
             &QShortcut::activated, this, &PrefsSisanViewController::btnSisanKoumokuSakujyo);
     bindBoxKeys(ui->sisanKoumokuBox, [this] { btnSisanKoumokuOK(); }, [this] { btnSisanKoumokuCancel(); });
 }
