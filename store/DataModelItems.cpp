@@ -20,6 +20,18 @@ const char* const kInsertIdouSaki =
 const char* const kInsertStepFailure = "failure inserting item Syukkin,Nyuukin: ";
 const std::string kUnknownNamae = "????";  // the name of a row that names no category or asset
 
+// Copies text into a field of a reused row: into its buffer when that is
+// large enough, else into a new one of the text's length (an assignment
+// would take twice the short buffer's size, a waste on every row).
+void assignText(std::string& field, const std::string& text)
+{
+    if (text.size() <= field.capacity()) {
+        field.assign(text);
+    } else {
+        field = std::string(text);
+    }
+}
+
 }  // namespace
 
 void DataModel::clearItemList()
@@ -83,7 +95,7 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
         item.Nyuukin = nyuukin;
         item.Syukkin = syukkin;
         item.Bikou = stmt.columnText(12);
-        item.strHimoku = namaeOfRow(kind, himokuNo, idouSisanNo);
+        assignText(item.strHimoku, namaeOfRow(kind, himokuNo, idouSisanNo));
         item.strNyuukin = isNyuukinKind(kind) ? formatWithGrouping(nyuukin) : std::string();
         item.strSyukkin = isSyukkinKind(kind) ? formatWithGrouping(syukkin) : std::string();
         item.Zankin = zankin;
