@@ -100,21 +100,15 @@ ListTableModel* AnnualReportViewController::makeTableModel(int tag)
 
 void AnnualReportViewController::layOutTables()
 {
-    // Widths from the font: the same for all three tables, so that their
-    // columns line up; a month up to 99 million, the year up to 999 million,
-    // so that a year fits a 1280-pixel screen.
+    // Widths from the font (fitColumns), never from the rows' layout.
     const QFontMetrics metrics(font());
-    const int month = metrics.horizontalAdvance(QStringLiteral("-99,999,999")) + 10;
-    const int year = metrics.horizontalAdvance(QStringLiteral("-999,999,999")) + 10;
     const int rowHeight = metrics.height() + 10;
     for (QTableView* table : tables()) {
-        QHeaderView* header = table->horizontalHeader();
-        header->setSectionResizeMode(QHeaderView::Fixed);
-        for (int c = 1; c < kColumns; ++c) header->resizeSection(c, c == kColumns - 1 ? year : month);
+        table->horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
         table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
         table->verticalHeader()->setDefaultSectionSize(rowHeight);
     }
-    fitLabelColumns();
+    fitColumns();
     // The summary table shows its three rows without scrolling and scrolls
     // sideways with the two tables above it.
     QTableView* totals = ui->tblTotals;
@@ -128,17 +122,39 @@ void AnnualReportViewController::layOutTables()
                         &QScrollBar::setValue);
 }
 
-void AnnualReportViewController::fitLabelColumns()
+void AnnualReportViewController::fitColumns()
 {
+    // The same widths for all three tables, so that their columns line up.
     const QFontMetrics metrics(font());
-    // Wide enough for the longest label, up to sixteen kanji: a longer name
-    // must not push the figures out of sight.
+    // Labels: the longest, up to sixteen kanji; a longer name must not push
+    // the figures out of sight.
     const int most = 16 * metrics.horizontalAdvance(QChar(0x4E00));
-    int widest = metrics.horizontalAdvance(QStringLiteral("差　引　合　計"));
+    int label = metrics.horizontalAdvance(QStringLiteral("差　引　合　計"));
     for (const auto* names : {&DM.annualInNameList, &DM.annualOutNameList, &DM.annualTotalNameList})
         for (const std::string& name : *names)
-            widest = std::max(widest, metrics.horizontalAdvance(QString::fromStdString(name)));
-    for (QTableView* table : tables()) table->horizontalHeader()->resizeSection(0, std::min(widest, most) + 16);
+            label = std::max(label, metrics.horizontalAdvance(QString::fromStdString(name)));
+    // Figures: a month up to 99 million and the year up to 999 million, so
+    // that a year fits a 1280-pixel screen; a longer figure of the year
+    // widens its columns rather than being elided. The longest figures are
+    // the largest and the most negative.
+    int64_t monthLow = -99999999, monthHigh = 0, yearLow = -999999999, yearHigh = 0;
+    for (const auto* rows : {&DM.annualInDataList, &DM.annualOutDataList, &DM.annualTotalDataList})
+        for (const auto& row : *rows)
+            for (size_t c = 0; c < row.size() && c < kColumns - 1; ++c) {
+                int64_t& low = c == kColumns - 2 ? yearLow : monthLow;
+                int64_t& high = c == kColumns - 2 ? yearHigh : monthHigh;
+                low = std::min(low, row[c]);
+                high = std::max(high, row[c]);
+            }
+    const auto widthOf = [&](int64_t low, int64_t high) {
+        return std::max(metrics.horizontalAdvance(groupedKingaku(low)), metrics.horizontalAdvance(groupedKingaku(high))) + 10;
+    };
+    const int month = widthOf(monthLow, monthHigh), year = widthOf(yearLow, yearHigh);
+    for (QTableView* table : tables()) {
+        QHeaderView* header = table->horizontalHeader();
+        header->resizeSection(0, std::min(label, most) + 16);
+        for (int c = 1; c < kColumns; ++c) header->resizeSection(c, c == kColumns - 1 ? year : month);
+    }
 }
 
 void AnnualReportViewController::showEvent(QShowEvent* event)
@@ -200,7 +216,7 @@ void AnnualReportViewController::comboBoxSelectionDidChange()
     ui->btnPDF->setEnabled(yearComputed);
     if (!yearComputed) return;
     for (ListTableModel* model : tableModels) model->reload();
-    fitLabelColumns();
+    fitColumns();
     charts->showYear(DM.yearsList[static_cast<size_t>(index)]);
 }
 

@@ -60,8 +60,9 @@ private:
     std::array<QTableView*, 3> tables() const;
     void layOutTables();
     // Widens the label columns to the longest label of the three tables, up
-    // to a cap beyond which names are elided.
-    void fitLabelColumns();
+    // to a cap beyond which names are elided, and the figure columns to the
+    // longest figure.
+    void fitColumns();
     // The year whose figures the tables show, when one is picked and computed.
     std::optional<std::string> exportableYear() const;
 };

@@ -196,7 +196,11 @@ TEST_F(ReportWindowsTest, TheAssetReportShowsTheBalancesAndWritesThemAsCsvAndPdf
 
 TEST_F(ReportWindowsTest, TheReportKeysOpenEachReportModallyOnTheScreenAndQtSpeaksJapanese)
 {
-    addSisan("現金", 0, 0);
+    const int64_t genkin = addSisan("現金", 0, 0);
+    const std::string longName = "食費/とても長い名前の内訳を入れてみるとどうなるかの確認用";
+    const int64_t food = addCategory(1, "食費");
+    exec("UPDATE Himoku SET Namae = '" + longName + "' WHERE Id = " + std::to_string(food + 1));
+    addEntry(genkin, "2025-02-10", 1, food + 1, 123456789);
     ViewController& main = start();
     for (const auto& [modifiers, expected] :
          {std::pair{Qt::KeyboardModifiers(Qt::ControlModifier), "AnnualReportViewController"},
@@ -211,6 +215,19 @@ TEST_F(ReportWindowsTest, TheReportKeysOpenEachReportModallyOnTheScreenAndQtSpea
             shown = report->objectName();
             frame = report->frameGeometry();
             screen = report->screen()->availableGeometry();
+            if (shown == "AnnualReportViewController") {
+                auto* years = in<QComboBox>(report, "cmbYears");
+                // A long name is elided in a capped column and shown whole in
+                // the tool tip; a long figure widens its column.
+                QTest::keyClick(years, Qt::Key_Down);
+                const auto* expenses = in<QTableView>(report, "tblItemsOut");
+                const QFontMetrics metrics(expenses->font());
+                const QModelIndex first = expenses->model()->index(0, 0);
+                EXPECT_EQ(first.data(Qt::ToolTipRole).toString().toStdString(), longName);
+                EXPECT_LT(expenses->columnWidth(0), metrics.horizontalAdvance(QString::fromStdString(longName)));
+                const int margins = 8;  // the style's text margins and the grid line
+                EXPECT_GE(expenses->columnWidth(2), metrics.horizontalAdvance(QStringLiteral("123,456,789")) + margins);
+            }
             report->close();
         });
         QTest::keyClick(&main, Qt::Key_R, modifiers);
