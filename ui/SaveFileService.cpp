@@ -65,6 +65,16 @@ QString reasonOf(int errorNumber)
     }
 }
 
+// The folder the next save dialog starts in: the last one saved to while it
+// exists, else the documents folder, else home.
+QString reportFolder()
+{
+    const QString last = settings().value(kReportFolderKey).toString();
+    if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
+}
+
 }  // namespace
 
 SaveFileService& saveFileService()
@@ -76,14 +86,6 @@ SaveFileService& saveFileService()
 void setSaveFileService(SaveFileService* service)
 {
     installed = service;
-}
-
-QString reportFolder()
-{
-    const QString last = settings().value(kReportFolderKey).toString();
-    if (!last.isEmpty() && QFileInfo(last).isDir()) return last;
-    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    return QFileInfo(documents).isDir() ? documents : QDir::homePath();
 }
 
 QString savePathWithExtension(const QStringList& fileTypes, const QString& proposedName)

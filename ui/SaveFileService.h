@@ -30,9 +30,6 @@ void setSaveFileService(SaveFileService* service);
 // the next report. Empty when the user cancelled.
 QString savePathWithExtension(const QStringList& fileTypes, const QString& proposedName);
 
-// The folder the next save dialog starts in.
-QString reportFolder();
-
 // Tells the user that the file at path could not be saved, and why: the
 // system's error number errorNumber in plain words, or detail when the
 // failure has no such number (0).

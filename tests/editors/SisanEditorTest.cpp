@@ -86,15 +86,10 @@ TEST_F(SisanEditorTest, AddEditAndDeleteReachTheBookByKeysAndTheMainWindowFollow
     EXPECT_EQ(shown("tblSisanKoumoku"), (Rows{"財布|3,000", "カード|1,200"}));
     EXPECT_TRUE(editor->changed());
 
-    // The Delete key on the list prepares a delete too; Enter on the focused
-    // cancel button cancels it.
+    // The Delete key on the list prepares a delete too.
     selectRow("tblSisanKoumoku", 1);
     pressKeys(Qt::Key_Delete);
     EXPECT_EQ(box(), "削除|この削除の実行|この削除 取消");
-    find<QPushButton>("btnSisanKoumokuCancelTitle")->setFocus();
-    pressKeys(Qt::Key_Return);
-    EXPECT_EQ(box(), "(hidden)");
-    EXPECT_EQ(shown("tblSisanKoumoku"), (Rows{"財布|3,000", "カード|1,200"}));
 
     pressKeys(Qt::CTRL | Qt::Key_W);
     EXPECT_FALSE(editor->isVisible());
