@@ -34,7 +34,7 @@ private:
     using Slots = std::vector<Slot, LargeBlockAllocator<Slot>>;
     Slots slots_;
     size_t size_ = 0;
-    unsigned shift_ = 64;
+    unsigned bits_ = 0;  // log2 of the table size
 
     size_t slotOf(int64_t id) const;
     void grow();
