@@ -108,7 +108,8 @@ public:
     std::optional<int> comboBoxId2Idx(int64_t id) const;
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    // Enter on a focused button presses that button.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     std::unique_ptr<Ui::ViewController> ui;
@@ -158,8 +159,6 @@ private:
     // Hides the panel with any pop-up of it, ends an edit and gives the
     // lists back.
     void closePanel();
-    // Enter confirms the panel, Escape cancels it; true when the key was used.
-    bool panelKeyPressed(const QKeyEvent& key);
     // After the editors changed the book: an edit whose entry is gone ends.
     void dropVanishedEdit();
     void setListsEnabled(bool enabled);

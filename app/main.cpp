@@ -5,6 +5,7 @@
 
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "ui/QtTranslations.h"
 
 namespace {
 
@@ -44,5 +45,6 @@ int main(int argc, char** argv)
     }
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Zenvora"));
+    installQtTranslations();
     return runZenvora(line.book);
 }

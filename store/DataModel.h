@@ -354,6 +354,9 @@ private:
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.
     bool rereadShownItems();
+    // The category name (kinds 1, 2) or partner asset name (kinds 3, 4) an
+    // entry shows, or "????"; valid until the list holding it is re-read.
+    const std::string& namaeOfRow(int64_t syubetuNo, int64_t himokuNo, int64_t idouSisanNo) const;
     // Opening amount + sum of entries per listed asset, by position, from one
     // pass over the entries; only the asset with onlySisanId when given.
     bool sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* onlySisanId = nullptr);

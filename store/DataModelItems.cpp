@@ -19,6 +19,19 @@ const char* const kInsertIdouMoto =
 const char* const kInsertIdouSaki =
     "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Nyuukin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
 const char* const kInsertStepFailure = "failure inserting item Syukkin,Nyuukin: ";
+const std::string kUnknownNamae = "????";  // the name of a row that names no category or asset
+
+// Copies text into a field of a reused row: into its buffer when that is
+// large enough, else into a new one of the text's length (an assignment
+// would take twice the short buffer's size, a waste on every row).
+void assignText(std::string& field, const std::string& text)
+{
+    if (text.size() <= field.capacity()) {
+        field.assign(text);
+    } else {
+        field = std::string(text);
+    }
+}
 
 // How many rows of a ledger have a kind the program does not know, and the
 // first few of their Ids: one message however many there are.
@@ -82,12 +95,25 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
         } else {
             unknownKinds.push_back(id);
         }
-        Items& item = arena->emplace(
-            id, stmt.columnText(1), stmt.columnInt(2), stmt.columnInt(3), stmt.columnInt(4), stmt.columnInt(5),
-            kind, himokuNo, idouSisanNo, stmt.columnInt(9), nyuukin, syukkin, stmt.columnText(12),
-            getHimokuNamaeFromHimokuRowNo(kind, himokuNo, idouSisanNo),
-            isNyuukinKind(kind) ? formatWithGrouping(nyuukin) : std::string(),
-            isSyukkinKind(kind) ? formatWithGrouping(syukkin) : std::string(), zankin);
+        // Every field is written: the row may hold an earlier read's entry.
+        Items& item = arena->next();
+        item.Id = id;
+        item.Hizuke = stmt.columnText(1);
+        item.Nen = stmt.columnInt(2);
+        item.Tuki = stmt.columnInt(3);
+        item.Hi = stmt.columnInt(4);
+        item.SisanNo = stmt.columnInt(5);
+        item.SyubetuNo = kind;
+        item.HimokuNo = himokuNo;
+        item.IdouSisanNo = idouSisanNo;
+        item.IdouId = stmt.columnInt(9);
+        item.Nyuukin = nyuukin;
+        item.Syukkin = syukkin;
+        item.Bikou = stmt.columnText(12);
+        assignText(item.strHimoku, namaeOfRow(kind, himokuNo, idouSisanNo));
+        item.strNyuukin = isNyuukinKind(kind) ? formatWithGrouping(nyuukin) : std::string();
+        item.strSyukkin = isSyukkinKind(kind) ? formatWithGrouping(syukkin) : std::string();
+        item.Zankin = zankin;
         itemList.push_back(std::shared_ptr<Items>(arena, &item));
         itemIdx2Id.push_back(id);
     });
@@ -137,15 +163,26 @@ std::shared_ptr<Items> DataModel::readFromItem1Item(int64_t id)
 
 std::string DataModel::getHimokuNamaeFromHimokuRowNo(int64_t syubetuNo, int64_t himokuNo, int64_t idouSisanNo)
 {
-    if (syubetuNo == kSyubetuSisyutu || syubetuNo == kSyubetuSyuunyuu) return getHimokuNamaeFromNo(himokuNo);
-    if (syubetuNo == kSyubetuIdouMoto || syubetuNo == kSyubetuIdouSaki) return getSisanNamaeFromNo(idouSisanNo);
-    return "????";
+    return namaeOfRow(syubetuNo, himokuNo, idouSisanNo);
 }
 
 std::string DataModel::getHimokuNamaeFromNo(int64_t id)
 {
     const Himoku* himoku = findById(himokuList, himokuId2Idx, id);
-    return himoku ? himoku->Namae : "????";
+    return himoku ? himoku->Namae : kUnknownNamae;
+}
+
+const std::string& DataModel::namaeOfRow(int64_t syubetuNo, int64_t himokuNo, int64_t idouSisanNo) const
+{
+    if (syubetuNo == kSyubetuSisyutu || syubetuNo == kSyubetuSyuunyuu) {
+        const Himoku* himoku = findById(himokuList, himokuId2Idx, himokuNo);
+        return himoku ? himoku->Namae : kUnknownNamae;
+    }
+    if (syubetuNo == kSyubetuIdouMoto || syubetuNo == kSyubetuIdouSaki) {
+        const Sisan* sisan = findById(sisanList, sisanId2Idx, idouSisanNo);
+        return sisan ? sisan->Namae : kUnknownNamae;
+    }
+    return kUnknownNamae;
 }
 
 bool DataModel::insertItemRow(const char* sql, const char* prepareMessage, const std::string& hizuke, int64_t nen,

@@ -152,7 +152,8 @@ bool DataModel::patchItemList(const ChangesetDigest& digest)
     size_t next = 0;
     const auto takeAddedBefore = [&](const Items* row) {
         while (next < added.size() && (!row || ledgerOrder(*added[next], *row))) {
-            Items& item = itemsArena->emplace(*added[next++]);
+            Items& item = itemsArena->next();
+            item = *added[next++];
             item.strHimoku = getHimokuNamaeFromHimokuRowNo(item.SyubetuNo, item.HimokuNo, item.IdouSisanNo);
             item.strNyuukin = isNyuukinKind(item.SyubetuNo) ? formatWithGrouping(item.Nyuukin) : std::string();
             item.strSyukkin = isSyukkinKind(item.SyubetuNo) ? formatWithGrouping(item.Syukkin) : std::string();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QSettings>
 #include <QTableView>
 #include <QTest>
 #include <deque>
@@ -15,7 +16,10 @@
 // ends; questions are answered from `answers` (true: the first button), or
 // from `choices` (the index of the button) when they offer a list, and
 // recorded in `questions` as "message|yes|no" or "message|choice|...";
-// save dialogs are answered from `savePaths` ("" cancels).
+// save dialogs are answered from `savePaths` ("" cancels) and the paths they
+// proposed kept in `proposedPaths`. The home folder is the book's folder, and
+// no report folder is remembered at the start (the settings live in a
+// temporary folder, GuiTestMain.cpp).
 // The clock reads 23 November 2026, 10:00.
 class GuiFixture : public StoreFixture, private MessageService, private SaveFileService {
 protected:
@@ -26,10 +30,14 @@ protected:
         setSaveFileService(this);
         installStoreMessageSink();
         setClockTo({2026, 11, 23});
+        QSettings(QStringLiteral("Zenvora"), QStringLiteral("Zenvora")).clear();
+        home = qgetenv("HOME");
+        qputenv("HOME", QByteArray::fromStdString(dir));
     }
     void TearDown() override
     {
         setClock({});
+        qputenv("HOME", home);
         setSaveFileService(nullptr);
         setMessageService(nullptr);
         for (const Message& m : messages) ADD_FAILURE() << "message not checked: " << m.first;
@@ -67,8 +75,11 @@ protected:
     Rows questions;
     std::deque<QString> savePaths;
     QStringList offeredTypes;
+    QStringList proposedPaths;
 
 private:
+    QByteArray home;
+
     void someMessageWithAlert(const QString& message, const QString& informative) override
     {
         messages.emplace_back(message.toStdString(), informative.toStdString());
@@ -91,9 +102,10 @@ private:
         choices.pop_front();
         return choice;
     }
-    QString askSavePath(const QStringList& fileTypes) override
+    QString askSavePath(const QStringList& fileTypes, const QString& proposedPath) override
     {
         offeredTypes = fileTypes;
+        proposedPaths.push_back(proposedPath);
         if (savePaths.empty()) ADD_FAILURE() << "unexpected save dialog";
         if (savePaths.empty()) return {};
         const QString answer = savePaths.front();
