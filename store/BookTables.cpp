@@ -1,5 +1,7 @@
 #include "store/BookTables.h"
 
+#include "store/SyncLog.h"
+
 const std::vector<TableLayout>& requiredBookTables()
 {
     static const std::vector<TableLayout> tables{
@@ -42,7 +44,25 @@ const std::vector<TableLayout>& optionalBookTables()
           {"Sisans", "TEXT"},
           {"Changes", "INTEGER"},
           {"Deletes", "INTEGER"},
-          {"Changeset", "BLOB"}}},
+          {"Changeset", "BLOB"}},
+         false},
     };
-    return tables;
+    static const std::vector<TableLayout> all = [] {
+        std::vector<TableLayout> list = tables;
+        for (const TableLayout& t : syncBookTables()) list.push_back(t);
+        return list;
+    }();
+    return all;
+}
+
+const TableLayout* bookTable(const std::string& name)
+{
+    for (const TableLayout& table : requiredBookTables())
+        if (table.name == name) return &table;
+    return nullptr;
+}
+
+bool isDerivedColumn(const std::string& table, int column)
+{
+    return (column == kSisanZankin && table == "Sisan") || (column == kHimokuUcount && table == "Himoku");
 }

@@ -2,27 +2,33 @@
 
 #include <sqlite3.h>
 
-#include "sync/BookTables.h"
+#include "store/BookTables.h"
+#include "store/Changeset.h"
+#include "store/History.h"
+#include "store/StatementCache.h"
 #include "sync/Changes.h"
 #include "sync/ConflictPolicy.h"
 #include "sync/Repair.h"
-#include "sync/SyncStatement.h"
 #include "sync/Tombstones.h"
 
 namespace {
 
-// A session recording every change of the three tables while it lives.
+int onlyBookTables(void*, const char* table) { return bookTable(table) != nullptr; }
+int recordedTables(void*, const char* table) { return isRecordedTable(table); }
+
+using TableFilter = int (*)(void*, const char*);
+TableFilter filterOf(OpOrigin origin) { return origin == OpOrigin::Own ? recordedTables : onlyBookTables; }
+
+// A session recording every change of the operation's tables while it lives.
 class Recording {
 public:
-    explicit Recording(sqlite3* db)
+    Recording(sqlite3* db, OpOrigin origin)
     {
         if (sqlite3session_create(db, "main", &session_) != SQLITE_OK) return;
-        for (const BookTable& table : bookTables()) {
-            if (sqlite3session_attach(session_, table.name) != SQLITE_OK) {
-                sqlite3session_delete(session_);
-                session_ = nullptr;
-                return;
-            }
+        sqlite3session_table_filter(session_, filterOf(origin), nullptr);
+        if (sqlite3session_attach(session_, nullptr) != SQLITE_OK) {
+            sqlite3session_delete(session_);
+            session_ = nullptr;
         }
     }
     ~Recording()
@@ -160,16 +166,14 @@ int onConflict(void* context, int conflict, sqlite3_changeset_iter* iter)
     return SQLITE_CHANGESET_ABORT;
 }
 
-// Only the three tables are ever written by an operation.
-int onlyBookTables(void*, const char* table) { return bookTable(table) != nullptr; }
-
-bool applyWithRules(sqlite3* db, const std::string& changeset, HandlerState* state, std::string* error)
+bool applyWithRules(sqlite3* db, const std::string& changeset, OpOrigin origin, HandlerState* state,
+                    std::string* error)
 {
     const int rc = sqlite3changeset_apply_v2(db, static_cast<int>(changeset.size()), const_cast<char*>(changeset.data()),
-                                             onlyBookTables, onConflict, state, nullptr, nullptr, 0);
+                                             filterOf(origin), onConflict, state, nullptr, nullptr, 0);
     if (rc == SQLITE_OK) return true;
     if (error) {
-        *error = state->abortedOn.empty() ? std::string("apply: ") + sqlite3_errstr(rc) + ": " + sqliteError(db)
+        *error = state->abortedOn.empty() ? std::string("apply: ") + sqlite3_errstr(rc) + ": " + sqlite3_errmsg(db)
                                           : "apply: the book does not fit the change of " + state->abortedOn;
     }
     return false;
@@ -182,51 +186,52 @@ int64_t countDeletes(const std::vector<Change>& changes)
     return n;
 }
 
+bool sessionFailed(sqlite3* db, std::string* error)
+{
+    if (error) *error = std::string("session: ") + sqlite3_errmsg(db);
+    return false;
+}
+
 }  // namespace
 
-bool applyOp(sqlite3* db, const OpKey& key, const std::string& changeset, AppliedOp* applied, std::string* error)
+bool applyOp(StatementCache& sql, const OpKey& key, const std::string& changeset, OpOrigin origin, AppliedOp* applied,
+             std::string* error)
 {
-    Recording recording(db);
-    if (!recording.started()) {
-        if (error) *error = "session: " + sqliteError(db);
-        return false;
-    }
+    sqlite3* db = sql.db();
+    Recording recording(db, origin);
+    if (!recording.started()) return sessionFailed(db, error);
     HandlerState state;
-    if (!applyWithRules(db, changeset, &state, error)) return false;
+    if (!applyWithRules(db, changeset, origin, &state, error)) return false;
 
     std::string soFar;
     std::vector<Change> changes;
-    if (!recording.changeset(&soFar) || !readChanges(soFar, &changes)) {
-        if (error) *error = "session: " + sqliteError(db);
-        return false;
-    }
+    if (!recording.changeset(&soFar) || !readChanges(soFar, &changes)) return sessionFailed(db, error);
     for (const RawNotice& raw : state.notices) {
         SyncNotice n{raw.kind, key, raw.table, raw.id, noticeText(raw.kind, raw.table, raw.row),
-                     describeRow(db, raw.table, raw.row), raw.losing};
+                     describeRow(sql, raw.table, raw.row), raw.losing};
         applied->notices.push_back(std::move(n));
     }
-    Tombstones tombstones(db);
-    if (!repairAfterOp(db, key, tombstones, changes, state.restores, &applied->notices, error)) return false;
+    Tombstones tombstones(sql, key);
+    if (!repairAfterOp(sql, key, tombstones, changes, state.restores, &applied->notices, error)) return false;
 
     changes.clear();
     if (!recording.changeset(&applied->effective) || !readChanges(applied->effective, &changes) ||
-        !collectTouchedSisans(db, changes, &applied->touchedSisans)) {
-        if (error) *error = "session: " + sqliteError(db);
-        return false;
-    }
+        !collectTouchedSisans(sql, changes, &applied->touchedSisans))
+        return sessionFailed(db, error);
     applied->deletes = countDeletes(changes);
     return true;
 }
 
-bool rewindOp(sqlite3* db, const std::string& effective, std::set<int64_t>* touchedSisans, std::string* error)
+bool rewindOp(StatementCache& sql, const std::string& effective, OpOrigin origin, std::set<int64_t>* touchedSisans,
+              std::string* error)
 {
     std::string inverse;
     std::vector<Change> changes;
     if (!invertChangeset(effective, &inverse) || !readChanges(inverse, &changes)) {
-        if (error) *error = "rewind: a damaged changeset in the sync log";
+        if (error) *error = "rewind: a damaged changeset in the history";
         return false;
     }
     HandlerState state;
     state.rewinding = true;
-    return applyWithRules(db, inverse, &state, error) && collectTouchedSisans(db, changes, touchedSisans);
+    return applyWithRules(sql.db(), inverse, origin, &state, error) && collectTouchedSisans(sql, changes, touchedSisans);
 }
