@@ -1,0 +1,221 @@
+// A book's life in a sync folder: set up, joined by further PCs from a
+// snapshot, files the folder must refuse, a copied book, two PCs with one
+// number, a PC away for longer than the history is kept, and stopping.
+#include <gtest/gtest.h>
+
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "store/History.h"
+#include "sync/AtomicWrite.h"
+#include "sync/Snapshot.h"
+#include "tests/sync/SyncedPc.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int64_t kDay = int64_t{24} * 3600 * 1000;
+
+class SyncSetupTest : public ::testing::Test {
+protected:
+    fs::path dir = fs::temp_directory_path() / ("zenvora-setup-" + std::to_string(::getpid()));
+    SyncedPc a{(dir / "a").string(), "居間"};
+    SyncedPc b{(dir / "b").string(), "書斎"};
+    int64_t genkin = 0;
+    int64_t food = 0;
+
+    void SetUp() override
+    {
+        a.setUp();
+        deliver(a, b);
+        b.join();
+        genkin = a.dm->sisanList.front()->Id;
+        food = a.himokuId("食費/その他");
+    }
+    void TearDown() override { fs::remove_all(dir); }
+
+    void exchange()
+    {
+        for (int turn = 0; turn < 2; ++turn) {
+            deliver(a, b);
+            deliver(b, a);
+            EXPECT_TRUE(a.round()) << a.status().problem;
+            EXPECT_TRUE(b.round()) << b.status().problem;
+        }
+    }
+    std::string opFile(SyncedPc& writer, SyncedPc& view, int64_t seq)
+    {
+        return SyncFolder(view.folderPath).opPath(writer.sync->identity()->install, seq);
+    }
+};
+
+TEST_F(SyncSetupTest, aThirdPcJoinsFromASnapshotCatchesUpAndKeepsItsOwnBookAside)
+{
+    const int64_t lunch = a.addEntry(genkin, food, 1200, "2026-11-20");
+    exchange();
+    std::string error;
+    ASSERT_TRUE(BookSync::writeSnapshotOf(b.bookPath, b.folderPath, b.sync->identity()->install, &error)) << error;
+    // After the snapshot: a later entry on B, and an edit on A whose clock is
+    // behind, so that the new PC rewinds and replays past the snapshot.
+    b.addEntry(genkin, food, 500, "2026-11-22");
+    a.wallMs -= 3'600'000;
+    a.editEntry(lunch, "Bikou", "同僚と");
+    deliver(a, b);
+    deliver(b, a);
+
+    SyncedPc c((dir / "c").string(), "寝室");
+    c.addSisan("へそくり", 100);  // the new PC's own book, kept aside
+    deliver(a, c);
+    deliver(b, c);
+    EXPECT_EQ(listSnapshots(SyncFolder(c.folderPath), a.sync->identity()->book).front().install,
+              b.sync->identity()->install)
+        << "the snapshot holding the most operations comes first";
+    c.join();
+    exchange();
+    deliver(a, c);
+    deliver(b, c);
+    ASSERT_TRUE(c.round()) << c.status().problem;
+    EXPECT_EQ(c.dump(), a.dump());
+    EXPECT_EQ(c.scalar("SELECT count(*) FROM Items"), 2);
+    EXPECT_EQ(c.text("SELECT Bikou FROM Items WHERE Id = " + std::to_string(lunch)), "同僚と");
+    EXPECT_EQ(c.brokenRules(), "");
+    EXPECT_EQ(c.sync->identity()->device, 3);
+    EXPECT_FALSE(c.dm->undoTarget()) << "the steps of the other PCs are not on this PC's undo list";
+    EXPECT_EQ(c.scalar("SELECT count(*) FROM History WHERE Kind <> 5"), 0);
+
+    sqlite3* kept = nullptr;
+    ASSERT_EQ(sqlite3_open_v2((c.bookPath + ".before-sync").c_str(), &kept, SQLITE_OPEN_READONLY, nullptr), SQLITE_OK);
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(kept, "SELECT count(*) FROM Sisan WHERE Namae = 'へそくり'", -1, &s, nullptr);
+    ASSERT_EQ(sqlite3_step(s), SQLITE_ROW);
+    EXPECT_EQ(sqlite3_column_int(s, 0), 1);
+    sqlite3_finalize(s);
+    sqlite3_close(kept);
+}
+
+TEST_F(SyncSetupTest, aDamagedForeignOrCopiedFileIsRefusedByNameAndNothingOfItsWriterAfterItIsApplied)
+{
+    for (int amount : {100, 200, 300}) b.addEntry(genkin, food, amount, "2026-11-21");
+    std::string second;
+    ASSERT_TRUE(readWholeFile(opFile(b, b, 2), &second, nullptr));
+    deliver(b, a);
+    // The sync tool cut the second file short, and made a conflict copy of
+    // the first holding another change.
+    std::ofstream(opFile(b, a, 2), std::ios::binary | std::ios::trunc) << second.substr(0, second.size() - 7);
+    const fs::path first = opFile(b, a, 1);
+    fs::copy_file(opFile(b, a, 3), first.parent_path() / "0000000001.sync-conflict-20261123-101500-ABCDEFG.op");
+    RoundReport report;
+    EXPECT_TRUE(a.round(&report));
+    EXPECT_EQ(report.arrived, 1u);
+    EXPECT_EQ(a.ids("SELECT Syukkin FROM Items ORDER BY Id"), (std::vector<int64_t>{100}));
+    const std::string refusal = "同期フォルダのファイル「" + opFile(b, a, 2) +
+                                "」は途中で切れています。このファイルとその PC のこれより後の変更は適用していません。";
+    EXPECT_EQ(report.refusals, (std::vector<std::string>{refusal}));
+    EXPECT_EQ(a.status().state, SyncStatus::State::Problem);
+    EXPECT_EQ(a.status().problem, refusal);
+
+    // The whole file arrives: the rest goes in, the problem is gone.
+    std::ofstream(opFile(b, a, 2), std::ios::binary | std::ios::trunc) << second;
+    EXPECT_TRUE(a.round());
+    EXPECT_EQ(a.ids("SELECT Syukkin FROM Items ORDER BY Id"), (std::vector<int64_t>{100, 200, 300}));
+    EXPECT_NE(a.status().state, SyncStatus::State::Problem);
+
+    // A file of another book under B's next name is refused as well.
+    b.addEntry(genkin, food, 400, "2026-11-22");
+    Op foreign;
+    decodeOpFile(second, b.sync->identity()->book, &foreign);
+    foreign.meta.book = Uuid::generate();
+    foreign.meta.seq = 4;
+    std::ofstream(opFile(b, a, 4), std::ios::binary) << encodeOpFile(foreign);
+    EXPECT_TRUE(a.round(&report));
+    EXPECT_EQ(report.arrived, 0u);
+    EXPECT_NE(a.status().problem.find("は別の家計簿のものです。"), std::string::npos) << a.status().problem;
+}
+
+TEST_F(SyncSetupTest, aCopyOfTheBookOnAnotherComputerAndTwoPcsWithOneNumberDoNotSync)
+{
+    // The book file copied to another computer, with its sync settings.
+    BookSync copied(*b.dm, "another-machine");
+    ASSERT_TRUE(copied.load());
+    b.addEntry(genkin, food, 100, "2026-11-21");
+    EXPECT_FALSE(copied.round().ran);
+    EXPECT_FALSE(copied.publish());
+    EXPECT_EQ(copied.status().problem.rfind("この家計簿は別のコンピューターで同期を設定したもののコピーです。", 0), 0u);
+
+    // Two PCs that joined at once and took the same number: both stop.
+    deliver(b, a);
+    std::ofstream(fs::path(a.folderPath) / "devices" / ("2-" + Uuid::generate().text())) << "台所\n";
+    a.addEntry(genkin, food, 200, "2026-11-21");
+    EXPECT_FALSE(a.round());
+    EXPECT_EQ(a.status().problem.rfind("PC 番号 2 を 2 台の PC", 0), 0u) << a.status().problem;
+    EXPECT_EQ(a.scalar("SELECT count(*) FROM Items"), 1) << "nothing applied while the numbers clash";
+}
+
+TEST_F(SyncSetupTest, aPcAwayLongerThanTheHistoryIsKeptIsRetiredAndToldToRebuild)
+{
+    exchange();
+    b.addEntry(genkin, food, 999, "2026-05-01");  // made offline: never reaches A
+    // A goes on alone for 200 days, syncing every day.
+    for (int day = 0; day < 200; day += 10) {
+        a.wallMs += 10 * kDay;
+        a.addEntry(genkin, food, 100 + day, "2026-11-21");
+        ASSERT_TRUE(a.round()) << a.status().problem;
+    }
+    EXPECT_TRUE(fs::exists(fs::path(a.folderPath) / "retired" / b.sync->identity()->install.text()));
+    EXPECT_GT(a.scalar("SELECT count(*) FROM History"), a.scalar("SELECT count(*) FROM SyncLog"))
+        << "the order is pruned once no known PC needs it";
+    deliver(b, a);
+    ASSERT_TRUE(a.round());
+    EXPECT_EQ(a.scalar("SELECT count(*) FROM Items WHERE Syukkin = 999"), 0);
+
+    deliver(a, b);
+    EXPECT_FALSE(b.round());
+    EXPECT_EQ(b.status().problem.rfind("この PC は同期から外されています", 0), 0u) << b.status().problem;
+
+    // B rebuilds from the folder under a new installation.
+    std::string error;
+    ASSERT_TRUE(b.sync->stop(&error)) << error;
+    ASSERT_TRUE(BookSync::writeSnapshotOf(a.bookPath, a.folderPath, a.sync->identity()->install, &error)) << error;
+    deliver(a, b);
+    b.wallMs = a.wallMs;
+    b.join();
+    exchange();
+    EXPECT_EQ(b.dump(), a.dump());
+}
+
+TEST_F(SyncSetupTest, settingUpRefusesABookInsideTheFolderOrAFolderHoldingAnotherBook)
+{
+    SyncedPc c((dir / "c").string(), "寝室");
+    std::string error;
+    EXPECT_FALSE(c.sync->setUp((dir / "c").string(), "寝室", &error));
+    EXPECT_EQ(error.rfind("家計簿のファイルが同期フォルダの中にあります。", 0), 0u) << error;
+    deliver(a, c);
+    EXPECT_FALSE(c.sync->setUp(c.folderPath, "寝室", &error));
+    EXPECT_EQ(error, "この同期フォルダにはすでに家計簿があります。ほかの PC の家計簿を使うときは"
+                     "「この同期フォルダの家計簿を使う」を選んでください。");
+    EXPECT_FALSE(c.sync->join(c.folderPath, "", c.bookPath + ".kept", &error));
+    EXPECT_EQ(error, "この PC の名前を入れてください。");
+    EXPECT_FALSE(c.sync->syncing());
+}
+
+TEST_F(SyncSetupTest, aPcThatStopsIsRetiredAndTheOthersStopWaitingForIt)
+{
+    b.addEntry(genkin, food, 100, "2026-11-21");
+    std::string error;
+    ASSERT_TRUE(b.sync->stop(&error)) << error;
+    EXPECT_FALSE(b.sync->syncing());
+    EXPECT_EQ(b.scalar("SELECT count(*) FROM SyncState"), 0);
+    b.addEntry(genkin, food, 200, "2026-11-22");  // not shipped
+    deliver(b, a);
+    ASSERT_TRUE(a.round());
+    EXPECT_EQ(a.ids("SELECT Syukkin FROM Items ORDER BY Id"), (std::vector<int64_t>{100}));
+    a.addEntry(genkin, food, 300, "2026-11-23");
+    ASSERT_TRUE(a.round());
+    EXPECT_EQ(a.status().state, SyncStatus::State::Synced) << "a retired PC is not waited for";
+}
+
+}  // namespace
