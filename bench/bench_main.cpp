@@ -24,6 +24,7 @@
 #include "bench/Generator.h"
 #include "bench/MainWindowBench.h"
 #include "bench/ReportBench.h"
+#include "bench/SyncBench.h"
 #include "store/Changeset.h"
 #include "store/BookCheck.h"
 #include "store/DataModel.h"
@@ -266,6 +267,7 @@ int main(int argc, char** argv)
     benchReports(*dm, dir, runs);
     benchMainWindow(*dm, largest, ledger.secondSisanId, runs, argc, argv);
     benchCharts(*dm, middleYear, runs, argc, argv);
+    benchSync(path, dir, ledger, options.shape.entries, runs);
 
     dm.reset();
     if (options.keepDir.empty()) std::filesystem::remove_all(dir);

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include "store/Statement.h"
+#include "store/StatementCache.h"
 
 namespace {
 
@@ -20,13 +21,11 @@ bool recountUcount(sqlite3* db)
     return s.prepare(db, kRecountUcount) && s.run();
 }
 
-bool recountUcount(sqlite3* db, const std::set<int64_t>& categories)
+bool recountUcount(StatementCache& cache, const std::set<int64_t>& categories)
 {
-    Statement s;
-    if (!s.prepare(db, kRecountUcount)) return false;
     for (int64_t category : categories) {
-        s.reset();
-        if (s.bindInt64(1, category) != SQLITE_OK || !s.run()) return false;
+        Statement* s = cache.get(kRecountUcount);
+        if (!s || s->bindInt64(1, category) != SQLITE_OK || !s->run()) return false;
     }
     return true;
 }

@@ -12,6 +12,7 @@
 #include "store/Changeset.h"
 #include "store/ChangesetDigest.h"
 #include "store/Statement.h"
+#include "store/StatementCache.h"
 
 namespace {
 
@@ -73,13 +74,13 @@ HistoryEntry entryOf(const Statement& s)
 
 // The value of the first column of the first row; nothing read when there is none.
 template <typename Read>
-bool readOne(sqlite3* db, const char* sql, int64_t id, Read read)
+bool readOne(StatementCache& cache, const char* sql, int64_t id, Read read)
 {
-    Statement s;
-    if (!s.prepare(db, sql) || s.bindInt64(1, id) != SQLITE_OK) return false;
-    switch (s.step()) {
+    Statement* s = cache.get(sql);
+    if (!s || s->bindInt64(1, id) != SQLITE_OK) return false;
+    switch (s->step()) {
     case Step::Row:
-        read(s);
+        read(*s);
         return true;
     case Step::Done:
         return true;
@@ -141,22 +142,33 @@ bool isRecordedTable(const char* name)
 
 bool insertHistoryEntry(sqlite3* db, HistoryEntry* entry, const std::string& changeset)
 {
-    Statement s;
-    if (!s.prepare(db, "INSERT INTO History (At, Kind, Target, Label, Sisans, Changes, Deletes, Changeset) "
-                       "VALUES (?,?,?,?,?,?,?,?)"))
-        return false;
-    const bool bound = s.bindInt64(1, entry->At) == SQLITE_OK &&
-                       s.bindInt64(2, static_cast<int64_t>(entry->Kind)) == SQLITE_OK &&
-                       (entry->Target ? s.bindInt64(3, entry->Target) : s.bindNull(3)) == SQLITE_OK &&
-                       s.bindText(4, entry->Label) == SQLITE_OK && s.bindText(5, entry->Sisans) == SQLITE_OK &&
-                       s.bindInt64(6, entry->Changes) == SQLITE_OK && s.bindInt64(7, entry->Deletes) == SQLITE_OK &&
-                       s.bindBlob(8, changeset) == SQLITE_OK;
-    if (!bound || s.step() != Step::Done) return false;
-    entry->Id = sqlite3_last_insert_rowid(db);
+    StatementCache cache(db);
+    return insertHistoryEntry(cache, entry, changeset);
+}
+
+bool insertHistoryEntry(StatementCache& cache, HistoryEntry* entry, const std::string& changeset)
+{
+    Statement* s = cache.get("INSERT INTO History (At, Kind, Target, Label, Sisans, Changes, Deletes, Changeset) "
+                             "VALUES (?,?,?,?,?,?,?,?)");
+    if (!s) return false;
+    const bool bound = s->bindInt64(1, entry->At) == SQLITE_OK &&
+                       s->bindInt64(2, static_cast<int64_t>(entry->Kind)) == SQLITE_OK &&
+                       (entry->Target ? s->bindInt64(3, entry->Target) : s->bindNull(3)) == SQLITE_OK &&
+                       s->bindText(4, entry->Label) == SQLITE_OK && s->bindText(5, entry->Sisans) == SQLITE_OK &&
+                       s->bindInt64(6, entry->Changes) == SQLITE_OK && s->bindInt64(7, entry->Deletes) == SQLITE_OK &&
+                       s->bindBlob(8, changeset) == SQLITE_OK;
+    if (!bound || s->step() != Step::Done) return false;
+    entry->Id = sqlite3_last_insert_rowid(cache.db());
     return true;
 }
 
 bool summarizeChangeset(sqlite3* db, const std::string& changeset, HistoryEntry* entry)
+{
+    StatementCache cache(db);
+    return summarizeChangeset(cache, changeset, entry);
+}
+
+bool summarizeChangeset(StatementCache& db, const std::string& changeset, HistoryEntry* entry)
 {
     ChangesetDigest digest;
     if (!digestChangeset(changeset, 0, &digest)) return false;
@@ -178,13 +190,12 @@ bool summarizeChangeset(sqlite3* db, const std::string& changeset, HistoryEntry*
     return read;
 }
 
-bool updateHistoryChangeset(sqlite3* db, const HistoryEntry& entry, const std::string& changeset)
+bool updateHistoryChangeset(StatementCache& cache, const HistoryEntry& entry, const std::string& changeset)
 {
-    Statement s;
-    return s.prepare(db, "UPDATE History SET Sisans = ?, Changes = ?, Deletes = ?, Changeset = ? WHERE Id = ?") &&
-           s.bindText(1, entry.Sisans) == SQLITE_OK && s.bindInt64(2, entry.Changes) == SQLITE_OK &&
-           s.bindInt64(3, entry.Deletes) == SQLITE_OK && s.bindBlob(4, changeset) == SQLITE_OK &&
-           s.bindInt64(5, entry.Id) == SQLITE_OK && s.step() == Step::Done;
+    Statement* s = cache.get("UPDATE History SET Sisans = ?, Changes = ?, Deletes = ?, Changeset = ? WHERE Id = ?");
+    return s && s->bindText(1, entry.Sisans) == SQLITE_OK && s->bindInt64(2, entry.Changes) == SQLITE_OK &&
+           s->bindInt64(3, entry.Deletes) == SQLITE_OK && s->bindBlob(4, changeset) == SQLITE_OK &&
+           s->bindInt64(5, entry.Id) == SQLITE_OK && s->step() == Step::Done;
 }
 
 bool readHistoryEntry(sqlite3* db, int64_t id, HistoryEntry* entry, std::string* changeset)

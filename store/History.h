@@ -6,6 +6,7 @@
 #include <vector>
 
 struct sqlite3;
+class StatementCache;
 
 // The book's history: the table History holds one row per recorded
 // operation, oldest first, each with the changeset (the session extension's
@@ -54,9 +55,11 @@ bool isRecordedTable(const char* name);
 // Sets the entry's Sisans, Changes and Deletes from the changeset and the
 // book as it is now (the names of the assets it touched).
 bool summarizeChangeset(sqlite3* db, const std::string& changeset, HistoryEntry* entry);
+bool summarizeChangeset(StatementCache& cache, const std::string& changeset, HistoryEntry* entry);
 
 // Appends the row and sets entry->Id.
 bool insertHistoryEntry(sqlite3* db, HistoryEntry* entry, const std::string& changeset);
+bool insertHistoryEntry(StatementCache& cache, HistoryEntry* entry, const std::string& changeset);
 bool readHistoryEntry(sqlite3* db, int64_t id, HistoryEntry* entry, std::string* changeset);
 // Rows newest first; with deletesOnly only those that deleted rows.
 bool readHistoryEntries(sqlite3* db, bool deletesOnly, std::vector<HistoryEntry>* entries);
@@ -78,4 +81,4 @@ struct HistoryLimits {
 bool pruneHistory(sqlite3* db, int64_t nowMs, const HistoryLimits& limits = {}, int64_t keepFromId = 0);
 // Replaces an operation's record of what it did (after sync replayed it
 // with another effect) and its summary.
-bool updateHistoryChangeset(sqlite3* db, const HistoryEntry& entry, const std::string& changeset);
+bool updateHistoryChangeset(StatementCache& cache, const HistoryEntry& entry, const std::string& changeset);

@@ -7,6 +7,7 @@
 
 #include "store/HybridClock.h"
 #include "store/Statement.h"
+#include "store/StatementCache.h"
 #include "store/Transaction.h"
 
 namespace {
@@ -187,24 +188,25 @@ bool logLocalStep(sqlite3* db, int64_t historyId, int64_t wallMs)
     int64_t folderTs = 0;
     if (!newestKey(db, &newest) || !readApplied(db, &applied) || !readFolderTs(db, &folderTs)) return false;
     const OpKey key{nextTimestamp(wallMs, newest.ts, folderTs), self->device, applied[self->install] + 1};
-    return appendLog(db, key, self->install, historyId, nullptr) &&
+    StatementCache cache(db);
+    return appendLog(cache, key, self->install, historyId, nullptr) &&
            setApplied(db, self->install, self->device, key.seq);
 }
 
-bool appendLog(sqlite3* db, const OpKey& key, const Uuid& install, int64_t historyId, const std::string* shipped)
+bool appendLog(StatementCache& cache, const OpKey& key, const Uuid& install, int64_t historyId,
+               const std::string* shipped)
 {
-    Statement s;
+    Statement* s = cache.get("INSERT INTO SyncLog (Ts, Device, Seq, Install, HistoryId, Shipped) VALUES (?,?,?,?,?,?)");
     const std::string installBytes = uuidBytes(install);
-    return s.prepare(db, "INSERT INTO SyncLog (Ts, Device, Seq, Install, HistoryId, Shipped) VALUES (?,?,?,?,?,?)") &&
-           bindKey(s, key) && s.bindBlob(4, installBytes) == SQLITE_OK && s.bindInt64(5, historyId) == SQLITE_OK &&
-           (shipped ? s.bindBlob(6, *shipped) : s.bindNull(6)) == SQLITE_OK && s.run();
+    return s && bindKey(*s, key) && s->bindBlob(4, installBytes) == SQLITE_OK &&
+           s->bindInt64(5, historyId) == SQLITE_OK && (shipped ? s->bindBlob(6, *shipped) : s->bindNull(6)) == SQLITE_OK &&
+           s->run();
 }
 
-bool setShipped(sqlite3* db, const OpKey& key, const std::string* shipped)
+bool setShipped(StatementCache& cache, const OpKey& key, const std::string* shipped)
 {
-    Statement s;
-    return s.prepare(db, "UPDATE SyncLog SET Shipped = ?4 WHERE (Ts, Device, Seq) = (?1, ?2, ?3)") && bindKey(s, key) &&
-           (shipped ? s.bindBlob(4, *shipped) : s.bindNull(4)) == SQLITE_OK && s.run();
+    Statement* s = cache.get("UPDATE SyncLog SET Shipped = ?4 WHERE (Ts, Device, Seq) = (?1, ?2, ?3)");
+    return s && bindKey(*s, key) && (shipped ? s->bindBlob(4, *shipped) : s->bindNull(4)) == SQLITE_OK && s->run();
 }
 
 bool readLogAfter(sqlite3* db, const OpKey& key, std::vector<LoggedOp>* ops)

@@ -12,6 +12,7 @@
 #include "store/Value.h"
 
 struct sqlite3;
+class StatementCache;
 
 // The book's own record of sync, in tables beside the three it ships (an
 // older program reading the book sees those unchanged), none of them ever
@@ -71,10 +72,11 @@ bool logLocalStep(sqlite3* db, int64_t historyId, int64_t wallMs);
 
 // Places the operation recorded in history row historyId; shipped nullptr:
 // the same as that row's changeset.
-bool appendLog(sqlite3* db, const OpKey& key, const Uuid& install, int64_t historyId, const std::string* shipped);
+bool appendLog(StatementCache& cache, const OpKey& key, const Uuid& install, int64_t historyId,
+               const std::string* shipped);
 // Keeps what the operation shipped beside a history row that now records
 // another effect (nullptr: the same again).
-bool setShipped(sqlite3* db, const OpKey& key, const std::string* shipped);
+bool setShipped(StatementCache& cache, const OpKey& key, const std::string* shipped);
 // The operations sorting after key, in order (all with key {}).
 bool readLogAfter(sqlite3* db, const OpKey& key, std::vector<LoggedOp>* ops);
 // The operations of one installation after its sequence afterSeq, in order.

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+
 #include "store/BookTables.h"
 #include "store/Changeset.h"
 #include "store/History.h"
@@ -39,6 +41,7 @@ public:
     Recording& operator=(const Recording&) = delete;
 
     bool started() const { return session_ != nullptr; }
+    bool isEmpty() const { return sqlite3session_isempty(session_) != 0; }
 
     bool changeset(std::string* bytes) const
     {
@@ -66,6 +69,7 @@ struct RawNotice {
 
 struct HandlerState {
     bool rewinding = false;
+    bool conflicted = false;  // the handler was called at all
     std::vector<RestoreRequest> restores;
     std::vector<RawNotice> notices;
     std::string abortedOn;  // the table of a change that stopped the apply
@@ -128,6 +132,7 @@ ConflictFacts factsOf(ConflictType type, ChangeKind change, const std::string& t
 int onConflict(void* context, int conflict, sqlite3_changeset_iter* iter)
 {
     auto* state = static_cast<HandlerState*>(context);
+    state->conflicted = true;
     const char* name = nullptr;
     int columns = 0, op = 0, indirect = 0;
     if (sqlite3changeset_op(iter, &name, &columns, &op, &indirect) != SQLITE_OK) return SQLITE_CHANGESET_ABORT;
@@ -192,10 +197,71 @@ bool sessionFailed(sqlite3* db, std::string* error)
     return false;
 }
 
-}  // namespace
+bool sqlOk(StatementCache& sql, const char* text)
+{
+    Statement* s = sql.get(text);
+    return s && s->run();
+}
 
-bool applyOp(StatementCache& sql, const OpKey& key, const std::string& changeset, OpOrigin origin, AppliedOp* applied,
-             std::string* error)
+// The changeset of `first` followed by `then`, as one.
+bool combine(const std::string& first, const std::string& then, std::string* out)
+{
+    sqlite3_changegroup* group = nullptr;
+    if (sqlite3changegroup_new(&group) != SQLITE_OK) return false;
+    int size = 0;
+    void* bytes = nullptr;
+    const bool done = sqlite3changegroup_add(group, static_cast<int>(first.size()), const_cast<char*>(first.data())) ==
+                          SQLITE_OK &&
+                      sqlite3changegroup_add(group, static_cast<int>(then.size()), const_cast<char*>(then.data())) ==
+                          SQLITE_OK &&
+                      sqlite3changegroup_output(group, &size, &bytes) == SQLITE_OK;
+    if (done) out->assign(static_cast<const char*>(bytes), static_cast<size_t>(size));
+    sqlite3_free(bytes);
+    sqlite3changegroup_delete(group);
+    return done;
+}
+
+// The notices of what the conflict handler did, in words.
+void wordNotices(StatementCache& sql, const OpKey& key, const HandlerState& state, AppliedOp* applied)
+{
+    for (const RawNotice& raw : state.notices) {
+        SyncNotice n{raw.kind, key, raw.table, raw.id, noticeText(raw.kind, raw.table, raw.row),
+                     describeRow(sql, raw.table, raw.row), raw.losing};
+        applied->notices.push_back(std::move(n));
+    }
+}
+
+// After an apply that met no conflict: what it did is exactly what it
+// shipped, so only the repair step is recorded, and only when it changed
+// anything. (Recording the whole apply costs more than the apply itself.)
+bool finishUnopposed(StatementCache& sql, const OpKey& key, const std::string& changeset,
+                     std::vector<Change> changes, OpOrigin origin, AppliedOp* applied, std::string* error)
+{
+    sqlite3* db = sql.db();
+    {
+        Recording repairs(db, origin);
+        if (!repairs.started()) return sessionFailed(db, error);
+        Tombstones tombstones(sql, key);
+        if (!repairAfterOp(sql, key, tombstones, changes, {}, &applied->notices, error)) return false;
+        if (repairs.isEmpty()) {
+            applied->effective = changeset;
+        } else {
+            std::string repaired;
+            changes.clear();
+            if (!repairs.changeset(&repaired) || !combine(changeset, repaired, &applied->effective) ||
+                !readChanges(applied->effective, &changes))
+                return sessionFailed(db, error);
+        }
+    }
+    if (!collectTouchedSisans(sql, changes, &applied->touchedSisans)) return sessionFailed(db, error);
+    applied->deletes = countDeletes(changes);
+    return true;
+}
+
+// An apply that met conflicts, recorded whole: the rules kept some changes
+// out and let others replace what was there.
+bool applyRecorded(StatementCache& sql, const OpKey& key, const std::string& changeset, OpOrigin origin,
+                   AppliedOp* applied, std::string* error)
 {
     sqlite3* db = sql.db();
     Recording recording(db, origin);
@@ -206,11 +272,7 @@ bool applyOp(StatementCache& sql, const OpKey& key, const std::string& changeset
     std::string soFar;
     std::vector<Change> changes;
     if (!recording.changeset(&soFar) || !readChanges(soFar, &changes)) return sessionFailed(db, error);
-    for (const RawNotice& raw : state.notices) {
-        SyncNotice n{raw.kind, key, raw.table, raw.id, noticeText(raw.kind, raw.table, raw.row),
-                     describeRow(sql, raw.table, raw.row), raw.losing};
-        applied->notices.push_back(std::move(n));
-    }
+    wordNotices(sql, key, state, applied);
     Tombstones tombstones(sql, key);
     if (!repairAfterOp(sql, key, tombstones, changes, state.restores, &applied->notices, error)) return false;
 
@@ -220,6 +282,36 @@ bool applyOp(StatementCache& sql, const OpKey& key, const std::string& changeset
         return sessionFailed(db, error);
     applied->deletes = countDeletes(changes);
     return true;
+}
+
+}  // namespace
+
+bool applyOp(StatementCache& sql, const OpKey& key, const std::string& changeset, OpOrigin origin, AppliedOp* applied,
+             std::string* error)
+{
+    std::vector<Change> changes;
+    if (!readChanges(changeset, &changes)) {
+        if (error) *error = "apply: a damaged changeset";
+        return false;
+    }
+    // Most operations meet no conflict: applied without a recording inside
+    // a savepoint, and again with one when they do. An operation with
+    // changes the filter leaves out is recorded from the start.
+    const TableFilter filter = filterOf(origin);
+    const bool whole = std::all_of(changes.begin(), changes.end(),
+                                   [&](const Change& c) { return filter(nullptr, c.table.c_str()) != 0; });
+    if (whole) {
+        if (!sqlOk(sql, "SAVEPOINT op")) return sessionFailed(sql.db(), error);
+        HandlerState state;
+        const bool applied_ = applyWithRules(sql.db(), changeset, origin, &state, error);
+        if (applied_ && !state.conflicted) {
+            const bool done = finishUnopposed(sql, key, changeset, std::move(changes), origin, applied, error);
+            return sqlOk(sql, "RELEASE op") && done;
+        }
+        if (!sqlOk(sql, "ROLLBACK TO op") || !sqlOk(sql, "RELEASE op")) return sessionFailed(sql.db(), error);
+        if (!applied_ && state.abortedOn.empty()) return false;
+    }
+    return applyRecorded(sql, key, changeset, origin, applied, error);
 }
 
 bool rewindOp(StatementCache& sql, const std::string& effective, OpOrigin origin, std::set<int64_t>* touchedSisans,

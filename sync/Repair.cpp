@@ -40,7 +40,7 @@ public:
             present_.pop_front();
             if (!checkPresent(table, id)) return false;
         }
-        return recountUcount(sql_.db(), categories_);
+        return recountUcount(sql_, categories_);
     }
 
 private:

@@ -63,22 +63,21 @@ std::string labelOf(const Op& op, const std::map<Uuid, std::string>& names)
 // an arrival) and its place in the log.
 bool record(StatementCache& sql, Pending& pending, const std::string& effective)
 {
-    sqlite3* db = sql.db();
     LoggedOp& op = pending.op;
     const std::string* shipped = effective == op.shipped ? nullptr : &op.shipped;
     if (pending.logged) {
         if (effective == op.effective) return true;
         HistoryEntry entry;
         entry.Id = op.historyId;
-        return summarizeChangeset(db, effective, &entry) && updateHistoryChangeset(db, entry, effective) &&
-               setShipped(db, op.key, shipped);
+        return summarizeChangeset(sql, effective, &entry) && updateHistoryChangeset(sql, entry, effective) &&
+               setShipped(sql, op.key, shipped);
     }
     HistoryEntry entry;
     entry.At = op.key.ts;
     entry.Kind = HistoryKind::Synced;
     entry.Label = op.label;
-    if (!summarizeChangeset(db, effective, &entry) || !insertHistoryEntry(db, &entry, effective)) return false;
-    return appendLog(db, op.key, op.install, entry.Id, shipped);
+    if (!summarizeChangeset(sql, effective, &entry) || !insertHistoryEntry(sql, &entry, effective)) return false;
+    return appendLog(sql, op.key, op.install, entry.Id, shipped);
 }
 
 }  // namespace
