@@ -1,0 +1,29 @@
+#include "store/ImportTables.h"
+
+#include "store/Transaction.h"
+
+namespace {
+
+const char* const kImportTables[] = {
+    "CREATE TABLE IF NOT EXISTS ImportRecord (Id INTEGER PRIMARY KEY, FileName TEXT NOT NULL, FileHash TEXT NOT NULL, "
+    "Layout TEXT NOT NULL, LayoutName TEXT NOT NULL, Account TEXT NOT NULL, ImportedAt TEXT NOT NULL, "
+    "SisanNo INTEGER NOT NULL, RowsRead INTEGER NOT NULL, RowsImported INTEGER NOT NULL, "
+    "RowsAlready INTEGER NOT NULL, RowsRefused INTEGER NOT NULL)",
+    "CREATE TABLE IF NOT EXISTS ImportOrigin (ItemId INTEGER PRIMARY KEY, ImportId INTEGER NOT NULL, "
+    "SisanNo INTEGER NOT NULL, IdKey TEXT NOT NULL, ContentKey TEXT NOT NULL, Text TEXT NOT NULL)",
+    "CREATE TABLE IF NOT EXISTS ImportCategory (Id INTEGER PRIMARY KEY, Layout TEXT NOT NULL, MatchKey TEXT NOT NULL, "
+    "SyubetuNo INTEGER NOT NULL, HimokuNo INTEGER NOT NULL, UNIQUE (Layout, MatchKey, SyubetuNo))",
+    "CREATE TABLE IF NOT EXISTS ImportProfile (Id INTEGER PRIMARY KEY, Namae TEXT NOT NULL UNIQUE, "
+    "Mapping TEXT NOT NULL)",
+    "CREATE TABLE IF NOT EXISTS ImportAccount (Id INTEGER PRIMARY KEY, Layout TEXT NOT NULL, Account TEXT NOT NULL, "
+    "SisanNo INTEGER NOT NULL, UNIQUE (Layout, Account))",
+};
+
+}  // namespace
+
+bool createImportTables(sqlite3* db)
+{
+    for (const char* sql : kImportTables)
+        if (!runControlStatement(db, sql)) return false;
+    return true;
+}
