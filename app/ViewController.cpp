@@ -129,6 +129,7 @@ void ViewController::wireActions()
     connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
     connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
+    wireImport();
 }
 
 void ViewController::showGrandTotal()

@@ -17,6 +17,7 @@ class QAbstractButton;
 class QKeyEvent;
 class QStringListModel;
 class QTableView;
+class StatementImporter;
 struct Sisan;
 namespace Ui {
 class ViewController;
@@ -63,6 +64,13 @@ public:
     void someMessageWithAlert(const QString& message, const QString& informative = QStringLiteral("information"));
     bool yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no);
 
+    // ---- statement import (ViewControllerImport.cpp) -------------------------
+    // ファイル → 明細の取り込み…: asks for statement files and imports them.
+    void mnuImportStatements();
+    // Shows the asset with these new entries selected, the first in view.
+    void showImportedEntries(int64_t sisanId, const std::vector<int64_t>& itemIds);
+    StatementImporter* statementImporter() const { return importer; }
+
     // ---- asset and entry lists ----------------------------------------------
     // Shows itemList afresh and scrolls to its last row.
     void tblItemReload();
@@ -92,6 +100,7 @@ private:
     ListTableModel* itemModel = nullptr;
     QStringListModel* comboModel = nullptr;
     std::map<QString, SegueDestination> segueDestinations;
+    StatementImporter* importer = nullptr;
 
     int64_t theItemDataSelectedId = -1;  // entry last selected; the edit updates it
     std::vector<int64_t> cmbItemDataIdArray;
@@ -108,6 +117,9 @@ private:
 
     void viewDidLoad();
     void wireActions();
+    void wireImport();
+    // True when nothing is being typed in the entry panel; else says so.
+    bool mayImport();
     void layOutColumns();
     void showGrandTotal();
     void showToday();

@@ -1,5 +1,6 @@
 // Zenvora: a household account book.
 #include <QApplication>
+#include <QCoreApplication>
 #include <QSessionManager>
 #include <QTimer>
 #include <cstdio>
@@ -10,6 +11,7 @@
 #include "app/BookGate.h"
 #include "app/CommandLine.h"
 #include "app/DailyBackup.h"
+#include "app/ImportCommand.h"
 #include "app/QuitOnSignal.h"
 #include "app/SingleInstance.h"
 #include "app/ViewController.h"
@@ -37,6 +39,14 @@ void bringToFront(QWidget& window)
     window.activateWindow();
 }
 
+// An absolute path, so that the lock and the running program's address
+// are the same for every spelling of the same book.
+std::string bookPathOf(const CommandLine& line)
+{
+    return line.book.empty() ? DataModel::defaultBookPath()
+                             : std::filesystem::absolute(line.book).lexically_normal().string();
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -52,6 +62,11 @@ int main(int argc, char** argv)
     case CommandLine::Action::Error:
         std::fprintf(stderr, "%s: %s\n%s", argv[0], line.error.c_str(), usageText(argv[0]).c_str());
         return 2;
+    case CommandLine::Action::Import: {
+        // No window and no display: the statements are imported and the program ends.
+        QCoreApplication app(argc, argv);
+        return runImportCommand(line, bookPathOf(line), stdout, stderr);
+    }
     case CommandLine::Action::Run:
         break;
     }
@@ -67,10 +82,7 @@ int main(int argc, char** argv)
     QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     installStoreMessageSink();
 
-    // An absolute path, so that the lock and the running program's address
-    // are the same for every spelling of the same book.
-    const std::string book =
-        line.book.empty() ? DataModel::defaultBookPath() : std::filesystem::absolute(line.book).lexically_normal().string();
+    const std::string book = bookPathOf(line);
     SingleInstance instance(book);
     if (instance.runningElsewhere()) {
         if (SingleInstance::askRunningToRaise(book)) return 0;
