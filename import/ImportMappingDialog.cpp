@@ -22,7 +22,10 @@ ImportMappingDialog::ImportMappingDialog(const QString& message, std::vector<Csv
     ui->lblMappingFile->setText(message);
     for (const CsvRecord& r : records) columns = std::max(columns, static_cast<int>(r.fields.size()));
 
-    std::vector<ListTableModel::Column> shown;
+    // The file's line number, then its fields as written.
+    std::vector<ListTableModel::Column> shown{{"", QStringLiteral("行"), true, [this](int row) {
+                                                    return QString::number(records[static_cast<size_t>(row)].line);
+                                                }}};
     for (int c = 0; c < columns; ++c)
         shown.push_back({"", QStringLiteral("列%1").arg(c + 1), false, [this, c](int row) {
                              const auto& fields = records[static_cast<size_t>(row)].fields;
@@ -31,7 +34,10 @@ ImportMappingDialog::ImportMappingDialog(const QString& message, std::vector<Csv
                          }});
     auto* model = new ListTableModel([this] { return static_cast<int>(records.size()); }, std::move(shown), {}, this);
     ui->tblMappingLines->setModel(model);
-    ui->tblMappingLines->verticalHeader()->setVisible(true);
+    ui->tblMappingLines->verticalHeader()->setVisible(false);
+    ui->tblMappingLines->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    ui->tblMappingLines->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 8);
+    ui->tblMappingLines->horizontalHeader()->resizeSection(0, fontMetrics().horizontalAdvance(QStringLiteral("000")) + 16);
     ui->spnMappingHeaderLine->setMaximum(records.empty() ? 0 : static_cast<int>(records.back().line));
 
     ui->cmbMappingDateShape->addItem(QStringLiteral("日付の形: 自動"), DateShape::Any);
@@ -45,7 +51,10 @@ ImportMappingDialog::ImportMappingDialog(const QString& message, std::vector<Csv
                 if (current.isValid())
                     ui->spnMappingHeaderLine->setValue(static_cast<int>(records[static_cast<size_t>(current.row())].line));
             });
-    connect(ui->spnMappingHeaderLine, &QSpinBox::valueChanged, this, &ImportMappingDialog::showHeadings);
+    connect(ui->spnMappingHeaderLine, &QSpinBox::valueChanged, this, [this] {
+        showHeadings();
+        guessColumns();
+    });
     connect(ui->rdbMappingSigned, &QRadioButton::toggled, this, &ImportMappingDialog::showAmountShape);
     connect(ui->btnMappingOk, &QPushButton::clicked, this, &ImportMappingDialog::tryAccept);
     connect(ui->btnMappingCancel, &QPushButton::clicked, this, &QDialog::reject);
@@ -55,6 +64,7 @@ ImportMappingDialog::ImportMappingDialog(const QString& message, std::vector<Csv
     showHeadings();
     guessColumns();
     showAmountShape();
+    ui->tblMappingLines->setFocus();
 }
 
 ImportMappingDialog::~ImportMappingDialog() = default;
@@ -86,13 +96,17 @@ void ImportMappingDialog::showHeadings()
 
 void ImportMappingDialog::guessColumns()
 {
+    // A new heading line: every column is found again on it.
+    for (QComboBox* combo : {ui->cmbMappingDate, ui->cmbMappingText, ui->cmbMappingAmount, ui->cmbMappingIn,
+                             ui->cmbMappingOut, ui->cmbMappingNote})
+        combo->setCurrentIndex(0);
     const CsvRecord* header = headerRecord();
-    if (!header) return;
+    if (!header || header->fields.size() < 2) return;  // a title line names no columns
     const struct {
         QComboBox* combo;
         QRegularExpression heading;
     } guesses[] = {
-        {ui->cmbMappingDate, QRegularExpression(QStringLiteral("日付|年月日|取引日|利用日"))},
+        {ui->cmbMappingDate, QRegularExpression(QStringLiteral("日付|年月日|日$"))},
         {ui->cmbMappingText, QRegularExpression(QStringLiteral("摘要|内容|利用店|取引先|お取引"))},
         {ui->cmbMappingAmount, QRegularExpression(QStringLiteral("^(?!.*残高).*金額"))},
         {ui->cmbMappingIn, QRegularExpression(QStringLiteral("入金|預入|お預|受入"))},
@@ -106,8 +120,8 @@ void ImportMappingDialog::guessColumns()
             break;
         }
     }
-    if (chosenColumn(ui->cmbMappingAmount) == kNone && chosenColumn(ui->cmbMappingIn) != kNone)
-        ui->rdbMappingInOut->setChecked(true);
+    const bool inOut = chosenColumn(ui->cmbMappingAmount) == kNone && chosenColumn(ui->cmbMappingIn) != kNone;
+    (inOut ? ui->rdbMappingInOut : ui->rdbMappingSigned)->setChecked(true);
 }
 
 void ImportMappingDialog::showAmountShape()

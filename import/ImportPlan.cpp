@@ -147,28 +147,34 @@ const ImportBookRow* ImportPlan::bookRow(int64_t id) const
     return hit == byId_.end() ? nullptr : hit->second;
 }
 
-std::string ImportPlan::refusal() const
+std::string ImportPlan::nothingToImport() const
 {
     const std::string file = quoted(statement_->fileName);
     const ImportSummary s = summary();
     if (s.read == 0) return file + "には取り込める行がありません。";
-    const std::string account = statementAccount(*statement_);
-    const std::string other =
-        otherAccountOf(context_.sisanId, statement_->layout.profile.id, account, context_.accounts);
-    if (!other.empty()) {
-        const ContextSisan* sisan = context_.sisan(context_.sisanId);
-        return file + "は口座・カード番号 " + account + " の明細です。資産「" + (sisan ? sisan->namae : "") +
-               "」にはこれまで " + other + " の明細を取り込んでいます。別の資産を選んでください。";
-    }
     const bool nothingNew = std::none_of(rows_.begin(), rows_.end(), [](const PlannedRow& p) { return p.checkable; });
-    if (s.already > 0 && nothingNew) {
-        const ImportRecordRow& same = context_.sameFile;
-        if (same.id == 0) return file + "の行はすべて家計簿に取り込み済みです。";
-        const ContextSisan* sisan = context_.sisan(same.sisanId);
-        return file + "はすでに取り込み済みです（" + same.importedAt + "、資産「" + (sisan ? sisan->namae : "?") + "」、" +
-               std::to_string(same.rowsImported) + "行）。";
-    }
-    return {};
+    if (s.already == 0 || !nothingNew) return {};
+    const ImportRecordRow& same = context_.sameFile;
+    if (same.id == 0) return file + "の行はすべて家計簿に取り込み済みです。";
+    const ContextSisan* sisan = context_.sisan(same.sisanId);
+    return file + "はすでに取り込み済みです（" + same.importedAt + "、資産「" + (sisan ? sisan->namae : "?") + "」、" +
+           std::to_string(same.rowsImported) + "行）。";
+}
+
+std::string ImportPlan::accountProblem() const
+{
+    const std::string account = statementAccount(*statement_);
+    const std::string other = otherAccountOf(context_.sisanId, statement_->layout.profile.id, account, context_.accounts);
+    if (other.empty()) return {};
+    const ContextSisan* sisan = context_.sisan(context_.sisanId);
+    return quoted(statement_->fileName) + "は口座・カード番号 " + account + " の明細です。資産「" +
+           (sisan ? sisan->namae : "") + "」にはこれまで " + other + " の明細を取り込んでいます。別の資産を選んでください。";
+}
+
+std::string ImportPlan::refusal() const
+{
+    const std::string nothing = nothingToImport();
+    return nothing.empty() ? accountProblem() : nothing;
 }
 
 ImportSummary ImportPlan::summary() const

@@ -61,8 +61,13 @@ public:
     // 1 expense (money out) or 2 income (money in): the kind of sub-item row i takes.
     int64_t syubetuOf(size_t i) const;
 
-    // Why nothing of the file may go into this asset (another account, every
-    // row already in the book, nothing to import); "" when it may.
+    // Why nothing of the file may be imported: it has no row that carries
+    // money, or every row is already in the book; "" otherwise.
+    std::string nothingToImport() const;
+    // Why the file may not go into the chosen asset: it names another
+    // account than the asset took this layout's files for; "" otherwise.
+    std::string accountProblem() const;
+    // Either of the two; "" when the file may be imported.
     std::string refusal() const;
     ImportSummary summary() const;
 

@@ -120,7 +120,7 @@ bool ImportPreviewModel::setData(const QModelIndex& index, const QVariant& value
 
 Qt::ItemFlags ImportPreviewModel::flags(const QModelIndex& index) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return Qt::NoItemFlags;
+    if (!index.isValid() || !checkIndex(index, CheckIndexOption::IndexIsValid)) return Qt::NoItemFlags;
     Qt::ItemFlags f = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
     if (index.column() == Check && plan_->rows()[static_cast<size_t>(index.row())].checkable) f |= Qt::ItemIsUserCheckable;
     return f;

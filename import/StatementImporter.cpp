@@ -216,6 +216,11 @@ void StatementImporter::onPlanned(std::shared_ptr<ImportPlan> made, int generati
     run.waitForWork = nullptr;
     run.closeProgress();
     if (*run.cancel) return endFile(QStringLiteral(": 照合を中止しました"), false);
+    // A file with nothing left to import needs no preview.
+    if (const std::string nothing = made->nothingToImport(); !nothing.empty() && !run.preview) {
+        messageService().someMessageWithAlert(q(nothing), QStringLiteral("information"));
+        return endFile(QStringLiteral(": 取り込みませんでした"), false);
+    }
     run.plan = std::move(made);
     showPreview();
 }

@@ -60,7 +60,7 @@ public:
           moto_(db, kInsertIdouMoto), saki_(db, kInsertIdouSaki), link_(db, "UPDATE Items SET IdouId=? WHERE Id=?"),
           pair_(db,
                 "UPDATE Items SET Hizuke=?, Nen=?, Tuki=?, Hi=?, SyubetuNo=?, HimokuNo=NULL, IdouSisanNo=?, IdouId=?, "
-                "Nyuukin=?, Syukkin=? WHERE Id=? AND SisanNo=? AND SyubetuNo IN (1,2) AND "
+                "Nyuukin=NULLIF(?,0), Syukkin=NULLIF(?,0) WHERE Id=? AND SisanNo=? AND SyubetuNo IN (1,2) AND "
                 "COALESCE(Nyuukin,0) * (SyubetuNo = 2) - COALESCE(Syukkin,0) * (SyubetuNo = 1) = ?"),
           origin_(db,
                   "INSERT OR REPLACE INTO ImportOrigin (ItemId, ImportId, SisanNo, IdKey, ContentKey, Text) "
