@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QTableView>
 #include <QUrl>
@@ -413,4 +414,27 @@ TEST_F(ImportPreview, AnUnknownLayoutIsMappedOnceKeptByItsNameAndRecognisedNextT
     EXPECT_EQ(text(preview(), "lblImportLayout"), "「ふるさと信金 入出金明細 (2026年10月)」");
     QTest::keyClick(table(visiblePreview()), Qt::Key_Escape);
     waitUntilDone();
+}
+
+TEST_F(ImportPreview, ABigFileIsReadWhileTheWindowAnswersAndItsReadingCanBeCancelled)
+{
+    addSisan("楽天カード", 0, 0);
+    const std::string file = dir + "/big.csv";
+    {
+        std::ofstream out(file);
+        out << "\"利用日\",\"利用店名・商品名\",\"利用者\",\"支払方法\",\"利用金額\"\n";
+        for (int i = 0; i < 300000; ++i) out << "\"2026/09/01\",\"ｺﾝﾋﾞﾆ " << i << "\",\"本人\",\"1回払い\",\"" << 100 + i % 900 << "\"\n";
+    }
+    start();
+    const std::string before = dumpAll();
+    pressCtrlI({QString::fromStdString(file)});
+    // The progress shows while the window goes on answering; 中止 (Escape) stops the reading.
+    QProgressDialog* progress = nullptr;
+    QTRY_VERIFY_WITH_TIMEOUT((progress = vc->findChild<QProgressDialog*>()) && progress->isVisible(), 10000);
+    EXPECT_EQ(progress->labelText(), "「big.csv」を読み込んでいます…");
+    QTest::keyClick(progress, Qt::Key_Escape);
+    waitUntilDone();
+    EXPECT_EQ(visiblePreview(), nullptr);
+    EXPECT_TRUE(takeMessages().empty());
+    EXPECT_EQ(dumpAll(), before);
 }
