@@ -88,8 +88,7 @@ private:
             if (status == MatchStatus::TransferCandidate) transfers.push_back(i);
         }
         if (line_.acceptCandidates) {
-            for (const size_t i : duplicates)
-                if (plan.rows()[i].assigned()) plan.setChecked({i}, true);
+            plan.setChecked(duplicates, true);
         } else {
             plan.setChecked(transfers, false);
         }

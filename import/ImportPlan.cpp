@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 
 #include "import/AssetChoice.h"
 #include "import/DuplicateKeys.h"
@@ -53,9 +52,8 @@ const char* statusName(MatchStatus status)
 ImportPlan::ImportPlan(std::shared_ptr<const StatementFile> statement, ImportContext context)
     : statement_(std::move(statement)), context_(std::move(context))
 {
-    for (size_t i = 0; i < context_.sameAsset.size(); ++i) byId_.emplace(context_.sameAsset[i].id, &context_.sameAsset[i]);
-    for (size_t i = 0; i < context_.otherAssets.size(); ++i)
-        byId_.emplace(context_.otherAssets[i].id, &context_.otherAssets[i]);
+    for (const auto* rows : {&context_.sameAsset, &context_.otherAssets})
+        for (const ImportBookRow& r : *rows) byId_.emplace(r.id, &r);
     for (const ImportAssignment& a : context_.assignments)
         if (a.layout.empty()) learned_[learnedKey(a.syubetuNo, a.matchKey)] = a.himokuNo;
     for (const ContextHimoku& h : context_.himokus) named_.emplace(learnedKey(h.syubetuNo, h.namae), h.id);

@@ -54,7 +54,6 @@ public:
     ImportPlan& operator=(ImportPlan&&) = default;
 
     const StatementFile& statement() const { return *statement_; }
-    std::shared_ptr<const StatementFile> sharedStatement() const { return statement_; }
     const ImportContext& context() const { return context_; }
     const std::vector<PlannedRow>& rows() const { return rows_; }
     const StatementRow& source(size_t i) const { return statement_->rows[rows_[i].row]; }

@@ -48,6 +48,7 @@ std::function<void()> runAside(QObject* context, Work work, Done done)
 
 // The file being imported and what was made of it so far.
 struct StatementImporter::FileRun {
+    int serial = 0;  // work finishing after its file has ended is dropped
     QString path;
     int position = 0;
     std::optional<ImportProfile> chosenProfile;  // from the mapping step
@@ -95,6 +96,7 @@ void StatementImporter::nextFile()
 {
     if (queue.isEmpty()) return finishAll();
     current = std::make_unique<FileRun>();
+    current->serial = ++lastSerial;
     current->path = queue.takeFirst();
     current->position = count - static_cast<int>(queue.size());
     read();
@@ -141,7 +143,9 @@ void StatementImporter::read()
     const std::string path = QFile::encodeName(run.path).toStdString();
     run.waitForWork = runAside<std::shared_ptr<StatementReading>>(
         this, [path, options] { return std::make_shared<StatementReading>(readStatementFile(path, options)); },
-        [this](std::shared_ptr<StatementReading> reading) { onRead(std::move(reading)); });
+        [this, serial = run.serial](std::shared_ptr<StatementReading> reading) {
+            if (current && current->serial == serial) onRead(std::move(reading));
+        });
 }
 
 void StatementImporter::onRead(std::shared_ptr<StatementReading> reading)
@@ -206,7 +210,9 @@ void StatementImporter::plan(int64_t sisanId)
         [statement = run.statement, context = std::move(context)]() mutable {
             return std::make_shared<ImportPlan>(statement, std::move(context));
         },
-        [this, generation](std::shared_ptr<ImportPlan> made) { onPlanned(std::move(made), generation); });
+        [this, serial = run.serial, generation](std::shared_ptr<ImportPlan> made) {
+            if (current && current->serial == serial) onPlanned(std::move(made), generation);
+        });
 }
 
 void StatementImporter::onPlanned(std::shared_ptr<ImportPlan> made, int generation)

@@ -66,6 +66,7 @@ private:
     QStringList queue;
     int count = 0;
     std::unique_ptr<FileRun> current;
+    int lastSerial = 0;
     QStringList summary;
     bool anyImported = false;
 
