@@ -29,9 +29,10 @@ const char* hintText(TransferHint hint)
     return "";
 }
 
-std::string learnedKey(int64_t syubetuNo, std::string_view matchKey)
+// The place of a kind (1 expense, 2 income) in the per-kind arrays.
+size_t slot(int64_t syubetuNo)
 {
-    return std::to_string(syubetuNo) + "|" + std::string(matchKey);
+    return syubetuNo == kSyubetuSyuunyuu ? 1 : 0;
 }
 
 }  // namespace
@@ -54,9 +55,7 @@ ImportPlan::ImportPlan(std::shared_ptr<const StatementFile> statement, ImportCon
 {
     for (const auto* rows : {&context_.sameAsset, &context_.otherAssets})
         for (const ImportBookRow& r : *rows) byId_.emplace(r.id, &r);
-    for (const ImportAssignment& a : context_.assignments)
-        if (a.layout.empty()) learned_[learnedKey(a.syubetuNo, a.matchKey)] = a.himokuNo;
-    for (const ContextHimoku& h : context_.himokus) named_.emplace(learnedKey(h.syubetuNo, h.namae), h.id);
+    indexAssignments();
 
     std::vector<BookEntry> same, other;
     same.reserve(context_.sameAsset.size());
@@ -71,6 +70,27 @@ ImportPlan::ImportPlan(std::shared_ptr<const StatementFile> statement, ImportCon
         p.row = i;
         propose(p, matches[i]);
     }
+}
+
+void ImportPlan::indexAssignments()
+{
+    for (const ContextHimoku& h : context_.himokus) named_[slot(h.syubetuNo)].emplace(h.namae, h.id);
+    const std::string& layout = statement_->layout.profile.id;
+    for (const ImportAssignment& a : context_.assignments) {
+        const ContextHimoku* h = context_.himoku(a.himokuNo);
+        if (!h || h->syubetuNo != a.syubetuNo) continue;  // a sub-item deleted or moved since
+        if (a.layout.empty())
+            learned_[slot(a.syubetuNo)][a.matchKey] = a.himokuNo;
+        else if (a.layout == layout && a.matchKey.empty())
+            default_[slot(a.syubetuNo)] = a.himokuNo;
+    }
+}
+
+int64_t ImportPlan::lookUp(const std::array<TextMap, 2>& maps, int64_t syubetuNo, std::string_view text)
+{
+    const TextMap& map = maps[slot(syubetuNo)];
+    const auto hit = map.find(text);
+    return hit == map.end() ? 0 : hit->second;
 }
 
 int64_t ImportPlan::syubetuOf(size_t i) const
@@ -106,37 +126,9 @@ void ImportPlan::propose(PlannedRow& p, const RowMatch& match)
         if ((p.partnerSisanId = partnerSisan(statement_->text(r.partner), context_))) return;
     }
     const int64_t kind = r.kingaku < 0 ? kSyubetuSisyutu : kSyubetuSyuunyuu;
-    p.himokuNo = learnedHimoku(r, kind);
-    if (!p.himokuNo) p.himokuNo = fileHimoku(r, kind);
-    if (!p.himokuNo) p.himokuNo = layoutHimoku(kind);
-}
-
-int64_t ImportPlan::learnedHimoku(const StatementRow& r, int64_t syubetuNo) const
-{
-    const auto hit = learned_.find(learnedKey(syubetuNo, statement_->text(r.matchKey)));
-    if (hit == learned_.end()) return 0;
-    const ContextHimoku* h = context_.himoku(hit->second);
-    return h && h->syubetuNo == syubetuNo ? h->id : 0;
-}
-
-int64_t ImportPlan::fileHimoku(const StatementRow& r, int64_t syubetuNo) const
-{
-    if (r.category.empty()) return 0;
-    const auto hit = named_.find(learnedKey(syubetuNo, statement_->text(r.category)));
-    return hit == named_.end() ? 0 : hit->second;
-}
-
-int64_t ImportPlan::layoutHimoku(int64_t syubetuNo) const
-{
-    const std::string& layout = statement_->layout.profile.id;
-    for (const auto* list : {&layoutDefaults_, &context_.assignments}) {
-        for (const ImportAssignment& a : *list) {
-            if (a.layout != layout || !a.matchKey.empty() || a.syubetuNo != syubetuNo) continue;
-            const ContextHimoku* h = context_.himoku(a.himokuNo);
-            if (h && h->syubetuNo == syubetuNo) return h->id;
-        }
-    }
-    return 0;
+    p.himokuNo = lookUp(learned_, kind, statement_->text(r.matchKey));
+    if (!p.himokuNo && !r.category.empty()) p.himokuNo = lookUp(named_, kind, statement_->text(r.category));
+    if (!p.himokuNo) p.himokuNo = default_[slot(kind)];
 }
 
 const ImportBookRow* ImportPlan::bookRow(int64_t id) const
@@ -245,6 +237,7 @@ size_t ImportPlan::setLayoutDefault(int64_t himokuNo)
     if (!h) return 0;
     std::erase_if(layoutDefaults_, [&](const ImportAssignment& a) { return a.syubetuNo == h->syubetuNo; });
     layoutDefaults_.push_back({statement_->layout.profile.id, "", h->syubetuNo, himokuNo});
+    default_[slot(h->syubetuNo)] = himokuNo;
     std::vector<size_t> open;
     for (size_t i = 0; i < rows_.size(); ++i)
         if (rows_[i].checked && !rows_[i].assigned()) open.push_back(i);
@@ -350,9 +343,8 @@ ImportBatch ImportPlan::batch(const std::string& importedAt) const
         const std::string_view key = s.text(r.matchKey);
         if (p.himokuNo == 0 || key.empty()) continue;
         const int64_t kind = syubetuOf(i);
-        const std::string k = learnedKey(kind, key);
-        const auto known = learned_.find(k);
-        if (known != learned_.end() && known->second == p.himokuNo)
+        const std::string k = std::to_string(kind) + "|" + std::string(key);
+        if (lookUp(learned_, kind, key) == p.himokuNo)
             learned.erase(k);
         else
             learned[k] = {"", std::string(key), kind, p.himokuNo};

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -99,16 +101,24 @@ private:
     std::vector<PlannedRow> rows_;
     std::vector<ImportAssignment> layoutDefaults_;  // chosen in this preview
     std::unordered_map<int64_t, const ImportBookRow*> byId_;  // the context's entries by Id
-    std::unordered_map<std::string, int64_t> learned_;        // "kind|matching key" -> sub-item
-    std::unordered_map<std::string, int64_t> named_;          // "kind|name" -> sub-item
+    // Per kind (expense, income): the sub-items learned per matching key,
+    // the sub-items by name, and the layout's default; only sub-items that
+    // exist and are of that kind.
+    struct TextHash {
+        using is_transparent = void;
+        size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+    };
+    using TextMap = std::unordered_map<std::string, int64_t, TextHash, std::equal_to<>>;
+    std::array<TextMap, 2> learned_, named_;
+    std::array<int64_t, 2> default_{};
 
     // A row whose amount the book can hold: not 0, within 32 bits.
     static bool writable(const StatementRow& r);
 
     void propose(PlannedRow& p, const RowMatch& match);
-    int64_t learnedHimoku(const StatementRow& r, int64_t syubetuNo) const;
-    int64_t fileHimoku(const StatementRow& r, int64_t syubetuNo) const;
-    int64_t layoutHimoku(int64_t syubetuNo) const;
+    void indexAssignments();
+    // The sub-item that text names in the map of the kind, or 0.
+    static int64_t lookUp(const std::array<TextMap, 2>& maps, int64_t syubetuNo, std::string_view text);
     const ImportBookRow* bookRow(int64_t id) const;
     std::string describe(const ImportBookRow& row) const;
     bool fits(size_t i, int64_t himokuNo) const;
