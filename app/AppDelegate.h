@@ -22,6 +22,11 @@ public:
     // to dismiss a message box, and the session waits for the process, so
     // failures are printed instead of shown.
     void terminationIsUnattended() { unattended = true; }
+    // Ends the program now, unattended: every open modal window (an editor,
+    // a report, a message box, a file dialog) is closed as if cancelled,
+    // innermost first, messages from then on are printed, and the event
+    // loops end, after which applicationWillTerminate writes the balances.
+    void terminateUnattended();
     // Runs applicationWillTerminate when this window closes, while the
     // event loop still runs so that a message can be shown.
     void watch(QObject* mainWindow);

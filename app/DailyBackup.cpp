@@ -1,6 +1,7 @@
 #include "app/DailyBackup.h"
 
 #include <QThread>
+#include <utility>
 
 #include "store/Backup.h"
 #include "ui/Clock.h"
@@ -21,7 +22,12 @@ DailyBackup::~DailyBackup()
 
 void DailyBackup::start()
 {
-    if (worker) return;
+    if (worker) {
+        startAgain = true;
+        return;
+    }
+    failed = false;
+    error.clear();
     const std::string day = currentDateTime().toString(QStringLiteral("yyyyMMdd")).toStdString();
     // The worker writes only `failed` and `error`; the main thread reads them
     // after QThread::finished, which orders the two.
@@ -39,5 +45,8 @@ void DailyBackup::report()
             QStringLiteral("今日のバックアップを作れませんでした。\n%1").arg(QString::fromStdString(backupDir)),
             QString::fromStdString(error) +
                 QStringLiteral("\n家計簿はこのまま使えます。フォルダの空き容量と書き込み権限を確かめてください。"));
+    worker->wait();  // finished is sent a moment before the thread ends
+    delete std::exchange(worker, nullptr);
     emit finished();
+    if (std::exchange(startAgain, false)) start();
 }

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "app/CommandLine.h"
-#include "app/SingleInstance.h"
 #include "import/ImportPlan.h"
 #include "store/BookCheck.h"
+#include "store/BookLock.h"
 #include "store/DataModel.h"
 #include "store/Provisioning.h"
 #include "ui/Clock.h"
@@ -155,11 +155,14 @@ int64_t sisanNamed(const DataModel& dm, const std::string& name, std::FILE* err)
 
 }  // namespace
 
-int runImportCommand(const CommandLine& line, const std::string& bookPath, std::FILE* out, std::FILE* err)
+int runImportCommand(const CommandLine& line, std::FILE* out, std::FILE* err)
 {
-    // The same lock as the window's: a book open in a window is not written behind its back.
-    SingleInstance lock(bookPath);
-    if (lock.runningElsewhere()) {
+    // The book is the file the path leads to, locked as the window locks it:
+    // a book open in a window is not written behind its back.
+    const BookPath path = resolveBookPath(line.book.empty() ? DataModel::defaultBookPath() : line.book);
+    const std::string& bookPath = path.path;
+    BookLock lock(bookPath);
+    if (lock.state() == BookLock::State::HeldElsewhere) {
         std::fprintf(err, "この家計簿は Zenvora のウィンドウで開かれています。閉じてからもう一度実行してください: %s\n",
                      bookPath.c_str());
         return 1;

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <cstdio>
-#include <string>
-
 struct CommandLine;
 
 // zenvora --book PATH --import FILE... --asset NAME [--dry-run] [--accept-candidates]
@@ -19,4 +17,4 @@ struct CommandLine;
 // file whose rows' categories are not all known (learned or a layout's
 // default) is refused: the window asks for them. Returns the exit code: 0,
 // or 1 when the book, the asset or any file was refused.
-int runImportCommand(const CommandLine& line, const std::string& bookPath, std::FILE* out, std::FILE* err);
+int runImportCommand(const CommandLine& line, std::FILE* out, std::FILE* err);

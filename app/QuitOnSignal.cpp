@@ -21,15 +21,14 @@ void onSignal(int)
 
 }  // namespace
 
-void quitOnTerminationSignals(std::function<void()> beforeQuit)
+void quitOnTerminationSignals(std::function<void()> end)
 {
-    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) != 0) return;
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0) return;
     auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, QCoreApplication::instance());
-    QObject::connect(notifier, &QSocketNotifier::activated, [beforeQuit] {
+    QObject::connect(notifier, &QSocketNotifier::activated, [end] {
         char byte;
         [[maybe_unused]] const ssize_t n = ::read(signalPipe[0], &byte, 1);
-        if (beforeQuit) beforeQuit();
-        QCoreApplication::quit();
+        end();
     });
     struct sigaction action = {};
     action.sa_handler = onSignal;

@@ -2,10 +2,9 @@
 
 #include <functional>
 
-// Turns SIGTERM, SIGINT and SIGHUP into an orderly quit of the Qt event
-// loop, so that a logout or Ctrl+C in a terminal still runs the
-// termination path (the balances are written) instead of killing the process.
-// beforeQuit runs on the event loop first, so that the termination knows
-// nobody may be there to answer a message box. Call once, after the
-// QApplication exists.
-void quitOnTerminationSignals(std::function<void()> beforeQuit = {});
+// Turns SIGTERM, SIGINT and SIGHUP into a call of `end` on the event loop
+// (every time one arrives), so that a logout or Ctrl+C in a terminal ends
+// the program in order (the balances are written) instead of killing it.
+// The handler itself only writes a byte to a socket the event loop reads.
+// Call once, after the QApplication exists.
+void quitOnTerminationSignals(std::function<void()> end);

@@ -2,6 +2,7 @@
 #include "app/ViewController.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QKeySequence>
 #include <QLocale>
 #include <QShortcut>
@@ -16,6 +17,7 @@
 #include "reports/SisanReportViewController.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
+#include "ui/BoxKeys.h"
 #include "ui/Clock.h"
 #include "ui/MessageService.h"
 #include "ui_ViewController.h"
@@ -107,10 +109,10 @@ void ViewController::wireActions()
         connect(kind, &QAbstractButton::clicked, this, [this, kind] { rdbtnSelected(kind); });
     connect(ui->btnItemDataOK, &QPushButton::clicked, this, &ViewController::btnItemDataOK);
     connect(ui->btnItemDataCancel, &QPushButton::clicked, this, &ViewController::btnItemDataCancel);
-    // Enter and Escape act on the panel only when its focused field lets
-    // them pass (panelKeyPressed): shortcuts would take them even from an
-    // open pop-up list or calendar.
-    ui->itemData->installEventFilter(this);
+    // Enter confirms the panel and Escape cancels it when its focused field
+    // lets them pass: shortcuts would take them even from an open pop-up
+    // list or calendar.
+    bindBoxKeys(ui->itemData, [this] { btnItemDataOK(); }, [this] { btnItemDataCancel(); });
 
     connect(ui->btnNewItem, &QPushButton::clicked, this, &ViewController::newItem);
     connect(ui->btnEditUpdateItem, &QPushButton::clicked, this, &ViewController::editUpdateItem);
@@ -118,7 +120,9 @@ void ViewController::wireActions()
     connect(ui->mnuNewItem, &QAction::triggered, this, &ViewController::newItem);
     connect(ui->mnuEditUpdateItem, &QAction::triggered, this, &ViewController::editUpdateItem);
     connect(ui->mnuDeleteItem, &QAction::triggered, this, &ViewController::deleteItem);
-    connect(new QShortcut(QKeySequence::Delete, ui->tblItem, nullptr, nullptr, Qt::WidgetShortcut),
+    // The Delete key only: the standard Delete sequence also holds Ctrl+D,
+    // which the menu's 削除 has, and an ambiguous key does nothing.
+    connect(new QShortcut(QKeySequence(Qt::Key_Delete), ui->tblItem, nullptr, nullptr, Qt::WidgetShortcut),
             &QShortcut::activated, this, &ViewController::deleteItem);
 
     connect(ui->mnuShowPrefsSisan, &QAction::triggered, this, &ViewController::mnuShowPrefsSisan);
@@ -139,7 +143,16 @@ void ViewController::showGrandTotal()
 
 void ViewController::showToday()
 {
-    ui->lblToday->setText(dateStamp(currentDateTime().date()));
+    shownToday = currentDateTime().date();
+    ui->lblToday->setText(dateStamp(shownToday));
+}
+
+void ViewController::todayChanged()
+{
+    const QDate before = shownToday;
+    showToday();
+    // A date the user chose stays; the default moves with the day.
+    if (ui->itemDataDatePicker->date() == before) ui->itemDataDatePicker->setDate(shownToday);
 }
 
 void ViewController::setSegueDestination(const QString& identifier, SegueDestination destination)
@@ -228,6 +241,11 @@ void ViewController::refreshComboItems()
 void ViewController::himokuKoumokuChanged(bool changed)
 {
     sisanKoumokuChanged(changed);
+}
+
+void ViewController::keyPressEvent(QKeyEvent* event)
+{
+    if (!pressFocusedButton(*event)) QMainWindow::keyPressEvent(event);
 }
 
 void ViewController::someMessageWithAlert(const QString& message, const QString& informative)

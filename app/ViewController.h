@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDate>
 #include <QMainWindow>
 #include <cstdint>
 #include <functional>
@@ -63,6 +64,10 @@ public:
     void himokuKoumokuChanged(bool changed) override;
     void someMessageWithAlert(const QString& message, const QString& informative = QStringLiteral("information"));
     bool yesNoMessageWithAlert(const QString& message, const QString& yes, const QString& no);
+    // The day changed while the window is open: the date label shows the
+    // new day, and so does the entry panel's date where it still showed the
+    // day before.
+    void todayChanged();
 
     // ---- statement import (ViewControllerImport.cpp) -------------------------
     // ファイル → 明細の取り込み…: asks for statement files and imports them.
@@ -92,7 +97,8 @@ public:
     std::optional<int> comboBoxId2Idx(int64_t id) const;
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    // Enter on a focused button presses that button.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     std::unique_ptr<Ui::ViewController> ui;
@@ -114,6 +120,7 @@ private:
     };
     std::optional<EditedEntry> edited;
     bool selectingQuietly = false;   // a selection made by the code, not the user
+    QDate shownToday;                // the day lblToday shows
 
     void viewDidLoad();
     void wireActions();
@@ -145,8 +152,6 @@ private:
     // Hides the panel with any pop-up of it, ends an edit and gives the
     // lists back.
     void closePanel();
-    // Enter confirms the panel, Escape cancels it; true when the key was used.
-    bool panelKeyPressed(const QKeyEvent& key);
     // After the editors changed the book: an edit whose entry is gone ends.
     void dropVanishedEdit();
     void setListsEnabled(bool enabled);

@@ -1,7 +1,6 @@
 // ViewController: the entry panel (new, edit and delete of entries).
 #include <QApplication>
 #include <QDate>
-#include <QKeyEvent>
 #include <QStringListModel>
 #include <QTableView>
 
@@ -205,31 +204,6 @@ void ViewController::closePanel()
     ui->itemData->hide();
     edited.reset();
     setListsEnabled(true);
-}
-
-bool ViewController::eventFilter(QObject* watched, QEvent* event)
-{
-    // Keys reach the panel itself only when its focused field let them pass:
-    // an open pop-up list or calendar keeps Enter and Escape to itself.
-    if (watched == ui->itemData && event->type() == QEvent::KeyPress)
-        return panelKeyPressed(*static_cast<QKeyEvent*>(event));
-    return QMainWindow::eventFilter(watched, event);
-}
-
-bool ViewController::panelKeyPressed(const QKeyEvent& key)
-{
-    if ((key.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier) return false;
-    switch (key.key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        btnItemDataOK();
-        return true;
-    case Qt::Key_Escape:
-        btnItemDataCancel();
-        return true;
-    default:
-        return false;
-    }
 }
 
 void ViewController::dropVanishedEdit()

@@ -1,26 +1,14 @@
 // Zenvora: a household account book.
 #include <QApplication>
-#include <QCoreApplication>
-#include <QSessionManager>
-#include <QTimer>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 
-#include "app/AppDelegate.h"
-#include "app/BookGate.h"
+#include "app/Application.h"
 #include "app/CommandLine.h"
-#include "app/DailyBackup.h"
 #include "app/ImportCommand.h"
-#include "app/QuitOnSignal.h"
-#include "app/SingleInstance.h"
-#include "app/ViewController.h"
-#include "store/DataModel.h"
-#include "ui/MessageService.h"
+#include "ui/QtTranslations.h"
 
 namespace {
-
-constexpr int kBackupDelayMs = 1000;
 
 bool hasDisplay()
 {
@@ -29,22 +17,6 @@ bool hasDisplay()
         if (value && *value) return true;
     }
     return false;
-}
-
-void bringToFront(QWidget& window)
-{
-    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    window.show();
-    window.raise();
-    window.activateWindow();
-}
-
-// An absolute path, so that the lock and the running program's address
-// are the same for every spelling of the same book.
-std::string bookPathOf(const CommandLine& line)
-{
-    return line.book.empty() ? DataModel::defaultBookPath()
-                             : std::filesystem::absolute(line.book).lexically_normal().string();
 }
 
 }  // namespace
@@ -65,7 +37,7 @@ int main(int argc, char** argv)
     case CommandLine::Action::Import: {
         // No window and no display: the statements are imported and the program ends.
         QCoreApplication app(argc, argv);
-        return runImportCommand(line, bookPathOf(line), stdout, stderr);
+        return runImportCommand(line, stdout, stderr);
     }
     case CommandLine::Action::Run:
         break;
@@ -79,35 +51,6 @@ int main(int argc, char** argv)
     }
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Zenvora"));
-    QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
-    installStoreMessageSink();
-
-    const std::string book = bookPathOf(line);
-    SingleInstance instance(book);
-    if (instance.runningElsewhere()) {
-        if (SingleInstance::askRunningToRaise(book)) return 0;
-        sayBookAlreadyOpen(book);
-        return 1;
-    }
-    // Nothing is read or written before the book has passed its checks.
-    if (!prepareBookForStart(book)) return 1;
-
-    DataModel& dm = DataModel::sharedInstance(book);
-    AppDelegate delegate(dm);
-    quitOnTerminationSignals([&delegate] { delegate.terminationIsUnattended(); });
-#if QT_CONFIG(sessionmanager)
-    QObject::connect(&app, &QGuiApplication::commitDataRequest, &delegate,
-                     [&delegate](QSessionManager&) { delegate.terminationIsUnattended(); });
-#endif
-    ViewController window(dm);
-    delegate.watch(&window);
-    QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate, &AppDelegate::applicationWillTerminate);
-    instance.listen([&window] { bringToFront(window); });
-    window.show();
-    delegate.applicationDidFinishLaunching();
-    // The copy of a large book takes a few hundred milliseconds on its own
-    // thread: it starts once the first paint is surely done, not competing with it.
-    DailyBackup backup(book, (std::filesystem::path(book).parent_path() / "backups").string());
-    QTimer::singleShot(kBackupDelayMs, &backup, &DailyBackup::start);
-    return QApplication::exec();
+    installQtTranslations();
+    return runZenvora(line.book);
 }

@@ -118,6 +118,17 @@ void Floor::startupRecompute()
     sqlite3_close(db);
 }
 
+void Floor::quickCheck()
+{
+    sqlite3* db = nullptr;
+    sqlite3_open_v2(path_.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(db, "PRAGMA quick_check", -1, &s, nullptr);
+    eachRow(db, s, [&] { sink_ += sqlite3_column_bytes(s, 0); });
+    sqlite3_finalize(s);
+    sqlite3_close(db);
+}
+
 void Floor::readLedger(int64_t sisanId)
 {
     readAll(ledgerSql(sisanId), (1u << 1) | (1u << 12));

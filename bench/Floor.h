@@ -13,6 +13,7 @@ public:
     ~Floor();
 
     void startupRecompute();  // open + assets + categories + every balance summed
+    void quickCheck();        // open + PRAGMA quick_check
     void readLedger(int64_t sisanId);                   // one asset's entries
     void readYears();
     void annualYear(int nen);                           // both grouped statements

@@ -93,12 +93,17 @@ void writeFloorPdf(const std::vector<RecordingCanvas>& pages, const std::string&
     cairo_surface_destroy(surface);
 }
 
+// The floor of the CSV: the same bytes, written as the store writes them,
+// through a new temporary file beside the target that is renamed over it.
 void writeFloorCsv(const std::string& bytes, const std::string& path)
 {
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
-    if (fd < 0 || ::write(fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()))
+    const std::string temporary = path + ".tmp";
+    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const bool written = fd >= 0 && ::write(fd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
+    if (fd < 0 || ::close(fd) != 0 || !written || std::rename(temporary.c_str(), path.c_str()) != 0) {
         std::fprintf(stderr, "floor csv write failed\n");
-    if (fd >= 0) ::close(fd);
+        ::unlink(temporary.c_str());
+    }
 }
 
 }  // namespace

@@ -24,6 +24,7 @@
 #include "bench/ImportBench.h"
 #include "bench/MainWindowBench.h"
 #include "bench/ReportBench.h"
+#include "store/BookCheck.h"
 #include "store/DataModel.h"
 #include "store/MessageSink.h"
 
@@ -126,6 +127,7 @@ int main(int argc, char** argv)
 
     const int runs = options.runs;
     compare("startup_recompute_1m", runs, [&](int) { DataModel opened(path); }, [&](int) { floor.startupRecompute(); });
+    compare("book_check_1m", runs, [&](int) { checkBook(path); }, [&](int) { floor.quickCheck(); });
     compare("read_ledger_largest", runs, [&](int) { dm->readFromItemsTable(largest); },
             [&](int) { floor.readLedger(largest); });
     compare("read_years", runs, [&](int) { dm->readYearsFromItemsTable(); }, [&](int) { floor.readYears(); });

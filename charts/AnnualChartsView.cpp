@@ -70,6 +70,7 @@ AnnualChartsView::~AnnualChartsView() = default;
 void AnnualChartsView::showYear(const std::string& nen)
 {
     const QString year = QString::fromStdString(nen);
+    shownYear = year;
     if (annualHasNoEntries(DM)) {
         showSentence(monthlyPlace(), year + QStringLiteral("年には収入と支出の記録がありません。"));
     } else {
@@ -170,10 +171,10 @@ ChartPlace AnnualChartsView::expensePlace() const
 
 void AnnualChartsView::btnMonthlyPNG()
 {
-    saveChartAsPng(ui->chartMonthly);
+    saveChartAsPng(ui->chartMonthly, QStringLiteral("月別収支_") + shownYear);
 }
 
 void AnnualChartsView::btnExpensePNG()
 {
-    saveChartAsPng(ui->chartExpense);
+    saveChartAsPng(ui->chartExpense, QStringLiteral("支出の内訳_") + shownYear);
 }

@@ -42,6 +42,7 @@ private:
     DataModel& DM;
     std::unique_ptr<Ui::AnnualChartsView> ui;
     std::vector<ExpenseSlice> slices;  // the donut's, in slice order
+    QString shownYear;                 // the year the charts show, for the saved files' names
 
     void drawMonthly(const QString& year);
     void drawExpense(const QString& year);

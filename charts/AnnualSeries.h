@@ -31,7 +31,8 @@ struct ExpenseSlice {
 };
 
 inline constexpr size_t kNamedSlices = 8;
-inline constexpr const char* kRestSliceName = "その他";
+// Not "その他": a sub-item of that name is common, and this slice is another thing.
+inline constexpr const char* kRestSliceName = "その他の費目";
 
 // The year's expense per category (its sub-items added together), largest
 // first, ties in category order. Beyond kNamedSlices categories the smaller

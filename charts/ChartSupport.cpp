@@ -1,5 +1,6 @@
 #include "charts/ChartSupport.h"
 
+#include <QBuffer>
 #include <QChart>
 #include <QChartView>
 #include <QLabel>
@@ -12,8 +13,8 @@
 #include <cmath>
 #include <iterator>
 
+#include "reports/AtomicFile.h"
 #include "ui/AmountText.h"
-#include "ui/MessageService.h"
 #include "ui/SaveFileService.h"
 
 namespace {
@@ -90,9 +91,9 @@ QValueAxis* yenAxis(QChart* chart, int64_t low, int64_t high)
     double hi = static_cast<double>(std::max<int64_t>(0, high));
     if (hi - lo < 1) hi = lo + 1000;  // a flat line of zeros still gets an axis
     const double step = roundStep(hi - lo, 6);
-    // A small dip below zero gets a margin, not a whole step of empty chart;
-    // the ticks stay on multiples of the step from zero.
-    lo = std::max(std::floor(lo / step) * step, lo - 0.05 * (hi - lo));
+    // Both ends on a tick, the ticks on multiples of the step from zero: a
+    // negative month always gets a labelled negative tick below it.
+    lo = std::floor(lo / step) * step;
     hi = std::ceil(hi / step) * step;
     axis->setRange(lo, hi);
     axis->setTickType(QValueAxis::TicksDynamic);
@@ -112,12 +113,18 @@ QString shareText(double share)
     return QString::number(share * 100.0, 'f', 1) + QLatin1Char('%');
 }
 
-bool saveChartAsPng(QChartView* view)
+bool saveChartAsPng(QChartView* view, const QString& baseName)
 {
-    const QString path = savePathWithExtension({QStringLiteral("png")});
+    const QString path = savePathWithExtension({QStringLiteral("png")}, baseName + QStringLiteral(".png"));
     if (path.isEmpty()) return false;
-    if (view->grab().save(path, "PNG")) return true;
-    messageService().someMessageWithAlert(QStringLiteral("画像を保存できませんでした: ") + path,
-                                          QStringLiteral("information"));
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    std::string error;
+    int errorNumber = 0;
+    if (view->grab().save(&buffer, "PNG") &&
+        writeFileAtomically(path.toStdString(), png.toStdString(), &error, &errorNumber))
+        return true;
+    tellSaveFailed(path, errorNumber, QString::fromStdString(error));
     return false;
 }

@@ -39,7 +39,8 @@ QColor seriesColor(size_t i);
 void attachAxes(QChart* chart, QAbstractAxis* horizontal, QAbstractAxis* vertical);
 
 // A vertical axis of yen amounts with digit grouping, spanning at least
-// 0 and both given values, with round tick steps.
+// 0 and both given values, with round tick steps; both ends lie on a
+// labelled tick, so a negative value has a negative label below it.
 QValueAxis* yenAxis(QChart* chart, int64_t low, int64_t high);
 
 // An amount with digit grouping and the yen sign's word: "12,345円".
@@ -48,7 +49,8 @@ QString yenText(int64_t amount);
 // A share (0 to 1) as a percentage with one decimal: "23.4%".
 QString shareText(double share);
 
-// Asks where to save the view's picture (a name without an extension gets
-// ".png") and writes it there at the view's size. A cancel writes nothing;
-// a failed write is told in a message box. True when a file was written.
-bool saveChartAsPng(QChartView* view);
+// Asks where to save the view's picture, proposing baseName + ".png" (a
+// name without an extension gets ".png"), and writes it there atomically at
+// the view's size. A cancel writes nothing; a failed write is told in a
+// message box. True when a file was written.
+bool saveChartAsPng(QChartView* view, const QString& baseName);

@@ -5,6 +5,7 @@
 #include <QCursor>
 #include <QLineSeries>
 #include <QShowEvent>
+#include <QStyledItemDelegate>
 #include <QToolTip>
 #include <QValueAxis>
 #include <algorithm>
@@ -53,6 +54,25 @@ QCategoryAxis* monthAxis(QChart* chart, const MonthEndHistory& h)
     return axis;
 }
 
+// Rows as high as a row of Japanese text whatever the name: a Latin-only
+// name would get a lower row, and its check box would touch the next one.
+class EvenRowsDelegate final : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        QSize size = QStyledItemDelegate::sizeHint(option, index);
+        QStyleOptionViewItem sample = option;
+        initStyleOption(&sample, index);
+        sample.text = QStringLiteral("資産");
+        const QWidget* widget = option.widget;
+        const QStyle* style = widget ? widget->style() : QApplication::style();
+        size.setHeight(std::max(size.height(), style->sizeFromContents(QStyle::CT_ItemViewItem, &sample, {}, widget).height()));
+        return size;
+    }
+};
+
 }  // namespace
 
 SisanHistoryChartView::SisanHistoryChartView(DataModel& dm, QWidget* parent)
@@ -62,6 +82,7 @@ SisanHistoryChartView::SisanHistoryChartView(DataModel& dm, QWidget* parent)
     prepareChart(ui->chartHistory);
     sisanModel = new SisanCheckListModel(dm, this);
     ui->lstSisan->setModel(sisanModel);
+    ui->lstSisan->setItemDelegate(new EvenRowsDelegate(ui->lstSisan));
     connect(sisanModel, &QAbstractItemModel::dataChanged, this, [this] { draw(); });
     connect(ui->btnHistoryPNG, &QPushButton::clicked, this, &SisanHistoryChartView::btnHistoryPNG);
     showSentence(place(), {});
@@ -159,5 +180,5 @@ ChartPlace SisanHistoryChartView::place() const
 
 void SisanHistoryChartView::btnHistoryPNG()
 {
-    saveChartAsPng(ui->chartHistory);
+    saveChartAsPng(ui->chartHistory, QStringLiteral("資産推移_") + fileDateStamp(currentDateTime().date()));
 }

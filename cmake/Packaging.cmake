@@ -1,6 +1,7 @@
 # The Debian package: `cpack -G DEB` in the build folder. Its library
 # dependencies are computed from the binary; the fonts the program draws its
-# screens and PDF reports with are named here, since no binary links them.
+# screens and PDF reports with, and Qt's Japanese translations, are named
+# here, since no binary links them.
 set(CPACK_PACKAGE_NAME zenvora)
 set(CPACK_PACKAGE_VENDOR "The Zenvora developers")
 set(CPACK_PACKAGE_CONTACT "The Zenvora developers <developers@zenvora.invalid>")
@@ -13,5 +14,5 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "fonts-noto-cjk, fonts-urw-base35")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "fonts-noto-cjk, fonts-urw-base35, qt6-translations-l10n")
 include(CPack)

@@ -1,12 +1,9 @@
 #include "editors/EditorWidgets.h"
 
-#include <QGroupBox>
 #include <QHeaderView>
 #include <QItemSelectionModel>
-#include <QKeySequence>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QShortcut>
 #include <QTableView>
 #include <algorithm>
 
@@ -52,14 +49,4 @@ int selectedRow(const QTableView* table)
 {
     const QModelIndexList rows = table->selectionModel()->selectedRows();
     return rows.isEmpty() ? -1 : rows.front().row();
-}
-
-void bindBoxKeys(QGroupBox* box, std::function<void()> execute, std::function<void()> cancel)
-{
-    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
-        auto* shortcut = new QShortcut(QKeySequence(key), box, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
-        QObject::connect(shortcut, &QShortcut::activated, box, execute);
-    }
-    auto* escape = new QShortcut(QKeySequence(Qt::Key_Escape), box, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
-    QObject::connect(escape, &QShortcut::activated, box, std::move(cancel));
 }

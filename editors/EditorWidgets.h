@@ -1,11 +1,9 @@
 #pragma once
 
 #include <QString>
-#include <functional>
 #include <initializer_list>
 #include <vector>
 
-class QGroupBox;
 class QPushButton;
 class QTableView;
 class QWidget;
@@ -29,7 +27,3 @@ void fitButtonsTo(std::initializer_list<QPushButton*> buttons, std::initializer_
 
 // The selected row of a single-selection table, or -1.
 int selectedRow(const QTableView* table);
-
-// Enter anywhere in the box runs `execute`, Escape runs `cancel` (the box's
-// own cancel, never the editor's close).
-void bindBoxKeys(QGroupBox* box, std::function<void()> execute, std::function<void()> cancel);

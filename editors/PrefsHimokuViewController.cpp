@@ -7,9 +7,11 @@
 #include <iterator>
 
 #include "editors/EditorWidgets.h"
+#include "editors/KoumokuNamae.h"
 #include "editors/UtiwakeNamae.h"
 #include "store/DataModel.h"
 #include "store/FindById.h"
+#include "ui/BoxKeys.h"
 #include "ui/ListTableModel.h"
 #include "ui/MessageService.h"
 #include "ui_PrefsHimokuViewController.h"
@@ -135,7 +137,7 @@ void PrefsHimokuViewController::wireActions()
     connect(ui->btnHimokuKoumokuCancelLabel, &QPushButton::clicked, this,
             &PrefsHimokuViewController::btnHimokuKoumokuCancel);
     connect(ui->tblHimokuKoumoku, &QAbstractItemView::doubleClicked, this, &PrefsHimokuViewController::btnHimokuHensyuu);
-    connect(new QShortcut(QKeySequence::Delete, ui->tblHimokuKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
+    connect(new QShortcut(QKeySequence(Qt::Key_Delete), ui->tblHimokuKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
             &QShortcut::activated, this, &PrefsHimokuViewController::btnHimokuSakujyo);
     bindBoxKeys(ui->himokuKoumokuBox, [this] { btnHimokuKoumokuOk(); }, [this] { btnHimokuKoumokuCancel(); });
 }
@@ -293,6 +295,7 @@ bool PrefsHimokuViewController::execute(int64_t syubetu)
         say(kNoUtiwakeName);
         return false;
     }
+    if (!namaeAllowedOrSay(syubetu, himoku, utiwake)) return false;
     switch (theHimokuKoumokuSyoriNo) {
     case kHimokuTuika:
         return DM.insertHimokuOfHiimoku(syubetu, himoku.toStdString());
@@ -314,6 +317,58 @@ bool PrefsHimokuViewController::execute(int64_t syubetu)
         say(QStringLiteral("error in IBAction func btnHimokuKoumokuOk"));
         return false;
     }
+}
+
+bool PrefsHimokuViewController::namaeAllowedOrSay(int64_t syubetu, const QString& himoku, const QString& utiwake)
+{
+    const int64_t id = integerValue(ui->txtHimokuKoumokuId);
+    const int64_t hno = integerValue(ui->txtHno);
+    switch (theHimokuKoumokuSyoriNo) {
+    case kHimokuTuika:
+        return noSlashOrSay(himoku) && himokuFreeOrSay(syubetu, himoku, std::nullopt);
+    case kHimokuHensyuu:
+        return noSlashOrSay(himoku) && himokuFreeOrSay(syubetu, himoku, id);
+    case kUtiwakeTuika:
+        return noSlashOrSay(utiwake) && utiwakeFreeOrSay(hno, utiwake, std::nullopt);
+    case kUtiwakeHensyuu:
+        return noSlashOrSay(utiwake) && utiwakeFreeOrSay(hno, utiwake, id);
+    default:
+        return true;
+    }
+}
+
+bool PrefsHimokuViewController::noSlashOrSay(const QString& namae)
+{
+    if (!hasSlash(namae)) return true;
+    say(QStringLiteral("費目と内訳の名前には「/」を使えません。"));
+    return false;
+}
+
+bool PrefsHimokuViewController::himokuFreeOrSay(int64_t syubetu, const QString& namae, std::optional<int64_t> ownId)
+{
+    const Himoku* own = ownId ? findById(DM.himokuList, DM.himokuId2Idx, *ownId) : nullptr;
+    if (own && sameNamae(namae, own->Namae)) return true;  // a book may hold it twice already
+    for (const auto& row : DM.himokuList) {
+        if (!isHimoku(*row) || row->SyubetuNo != syubetu || !sameNamae(namae, row->Namae)) continue;
+        say(QStringLiteral("同じ種別に同じ名前の費目がすでにあります。別の名前にしてください。"));
+        return false;
+    }
+    return true;
+}
+
+bool PrefsHimokuViewController::utiwakeFreeOrSay(int64_t himokuId, const QString& namae, std::optional<int64_t> ownId)
+{
+    std::vector<int64_t> ids;
+    std::vector<std::string> names;
+    utiwakeOf(himokuId, ids, names);
+    for (size_t i = 0; i < ids.size(); ++i)
+        if (ownId && ids[i] == *ownId && sameNamae(namae, names[i])) return true;  // a book may hold it twice already
+    for (const std::string& name : names) {
+        if (!sameNamae(namae, name)) continue;
+        say(QStringLiteral("この費目には同じ名前の内訳がすでにあります。別の名前にしてください。"));
+        return false;
+    }
+    return true;
 }
 
 void PrefsHimokuViewController::utiwakeOf(int64_t himokuId, std::vector<int64_t>& ids,

@@ -91,6 +91,13 @@ private:
     // Runs the prepared operation with the validated kind; false when it was
     // refused, declined or failed.
     bool execute(int64_t syubetu);
+    // The typed name (trimmed) may be stored: no "/" in it, and not the name
+    // of another category of the kind or another sub-item of the category.
+    // A row being renamed may keep its own name. Otherwise says why.
+    bool namaeAllowedOrSay(int64_t syubetu, const QString& himoku, const QString& utiwake);
+    bool noSlashOrSay(const QString& namae);
+    bool himokuFreeOrSay(int64_t syubetu, const QString& namae, std::optional<int64_t> ownId);
+    bool utiwakeFreeOrSay(int64_t himokuId, const QString& namae, std::optional<int64_t> ownId);
     bool executeHimokuHensyuu(const QString& himoku);
     bool executeHimokuSakujyo();
     bool executeUtiwakeSakujyo();

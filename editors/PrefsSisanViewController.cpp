@@ -6,8 +6,11 @@
 #include <QShortcut>
 
 #include "editors/EditorWidgets.h"
+#include "editors/KoumokuNamae.h"
 #include "store/DataModel.h"
+#include "store/FindById.h"
 #include "ui/AmountText.h"
+#include "ui/BoxKeys.h"
 #include "ui/ListTableModel.h"
 #include "ui/MessageService.h"
 #include "ui_PrefsSisanViewController.h"
@@ -17,6 +20,7 @@ namespace {
 const QString kKousinUnselected = QStringLiteral("編集更新する資産の行データを選択してからにしてください。");
 const QString kSakujyoUnselected = QStringLiteral("削除する資産の行データを選択してからにしてください。");
 const QString kKingakuInvalid = QStringLiteral("金額の欄に不正なデータがあります");
+const QString kNamaeTaken = QStringLiteral("同じ名前の資産がすでにあります。別の名前にしてください。");
 const QString kRedBorder = QStringLiteral("QLineEdit { border: 2px solid red; }");
 
 QString q(const std::string& text)
@@ -94,7 +98,7 @@ void PrefsSisanViewController::wireActions()
     connect(ui->btnSisanModalClose, &QPushButton::clicked, this, &PrefsSisanViewController::btnSisanModalClose);
     connect(ui->tblSisanKoumoku, &QAbstractItemView::doubleClicked, this,
             &PrefsSisanViewController::btnSisanKoumokuKousin);
-    connect(new QShortcut(QKeySequence::Delete, ui->tblSisanKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
+    connect(new QShortcut(QKeySequence(Qt::Key_Delete), ui->tblSisanKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
             &QShortcut::activated, this, &PrefsSisanViewController::btnSisanKoumokuSakujyo);
     bindBoxKeys(ui->sisanKoumokuBox, [this] { btnSisanKoumokuOK(); }, [this] { btnSisanKoumokuCancel(); });
 }
@@ -117,6 +121,7 @@ bool PrefsSisanViewController::fillFromSelection(const QString& unselected)
 {
     const Sisan* sisan = selectedSisanOrSay(unselected);
     if (!sisan) return false;
+    preparedSisanId = sisan->Id;
     ui->txtSisanKoumokuNamae->setText(q(sisan->Namae));
     ui->txtSisanKoumokuSyokikingaku->setText(groupedKingaku(sisan->SyokiKingaku));
     return true;
@@ -124,6 +129,7 @@ bool PrefsSisanViewController::fillFromSelection(const QString& unselected)
 
 void PrefsSisanViewController::btnSisanKoumokuTuika()
 {
+    preparedSisanId.reset();
     prepareBox(kTuika, QStringLiteral("新規追加"), QStringLiteral("この新規追加の実行"),
                QStringLiteral("この新規追加取消"));
 }
@@ -187,19 +193,38 @@ void PrefsSisanViewController::btnSisanKoumokuOK()
     hideBox();
 }
 
+bool PrefsSisanViewController::namaeFreeOrSay(const QString& namae, const Sisan* own)
+{
+    // An asset keeps its own name, even one that an older book gave twice.
+    if (own && sameNamae(namae, own->Namae)) return true;
+    for (const auto& sisan : DM.sisanList) {
+        if (!sameNamae(namae, sisan->Namae)) continue;
+        messageService().someMessageWithAlert(kNamaeTaken, QStringLiteral("information"));
+        return false;
+    }
+    return true;
+}
+
 bool PrefsSisanViewController::executeTuika(int64_t kingaku)
 {
+    if (!namaeFreeOrSay(ui->txtSisanKoumokuNamae->text(), nullptr)) return false;
     if (!DM.sisanInsert(ui->txtSisanKoumokuNamae->text().toStdString(), kingaku)) return false;
     ui->txtSisanKoumokuNamae->clear();
     ui->txtSisanKoumokuSyokikingaku->clear();
     return true;
 }
 
+const Sisan* PrefsSisanViewController::preparedSisanOrSay(const QString& unselected)
+{
+    const Sisan* sisan = preparedSisanId ? findById(DM.sisanList, DM.sisanId2Idx, *preparedSisanId) : nullptr;
+    if (!sisan) messageService().someMessageWithAlert(unselected, QStringLiteral("information"));
+    return sisan;
+}
+
 bool PrefsSisanViewController::executeKousin(int64_t kingaku)
 {
-    // The selection may have been cleared since the box was prepared.
-    const Sisan* sisan = selectedSisanOrSay(kKousinUnselected);
-    if (!sisan) return false;
+    const Sisan* sisan = preparedSisanOrSay(kKousinUnselected);
+    if (!sisan || !namaeFreeOrSay(ui->txtSisanKoumokuNamae->text(), sisan)) return false;
     // The stored balance starts again from the new opening amount; the main
     // window recomputes it from the entries when the editor closes.
     if (!DM.sisanUpdate(sisan->Id, ui->txtSisanKoumokuNamae->text().toStdString(), kingaku, kingaku)) return false;
@@ -209,7 +234,7 @@ bool PrefsSisanViewController::executeKousin(int64_t kingaku)
 
 bool PrefsSisanViewController::executeSakujyo()
 {
-    const Sisan* sisan = selectedSisanOrSay(kSakujyoUnselected);
+    const Sisan* sisan = preparedSisanOrSay(kSakujyoUnselected);
     if (!sisan) return false;
     const int64_t id = sisan->Id;
     if (!messageService().yesNoMessageWithAlert(
@@ -228,6 +253,7 @@ bool PrefsSisanViewController::executeSakujyo()
 void PrefsSisanViewController::btnSisanKoumokuCancel()
 {
     sisanKoumokuSyoriNo = kNone;
+    preparedSisanId.reset();
     deselect();
     hideBox();
 }

@@ -55,6 +55,9 @@ private:
     ListTableModel* model = nullptr;
     int64_t sisanKoumokuSyoriNo = kNone;
     bool sisanKoumokuChangedSw = false;
+    // The asset an edit or a delete acts on, fixed when its box is prepared:
+    // the selection may change before the box is carried out.
+    std::optional<int64_t> preparedSisanId;
 
     void viewDidLoad();
     void layOutColumns();
@@ -64,14 +67,19 @@ private:
     void wireActions();
     // Shows the box for the action with its three titles.
     void prepareBox(SyoriNo syoriNo, const QString& title, const QString& ok, const QString& cancel);
-    // Fills the fields from the selected asset, or says `unselected` and
-    // returns false when no row is selected.
+    // Fills the fields from the selected asset and binds it to the box, or
+    // says `unselected` and returns false when no row is selected.
     bool fillFromSelection(const QString& unselected);
     // The amount field as a whole yen amount, or none after marking the
     // field and saying that the amount is invalid.
     std::optional<int64_t> validatedKingaku();
     // The asset of the selected row, or none after saying `unselected`.
     const Sisan* selectedSisanOrSay(const QString& unselected);
+    // The asset bound to the box, or none after saying `unselected`.
+    const Sisan* preparedSisanOrSay(const QString& unselected);
+    // True when no other asset has the name; otherwise says so. An asset
+    // being edited (own) may keep its name.
+    bool namaeFreeOrSay(const QString& namae, const Sisan* own);
     bool executeTuika(int64_t kingaku);
     bool executeKousin(int64_t kingaku);
     bool executeSakujyo();

@@ -40,11 +40,11 @@ AmountGlyphs::~AmountGlyphs()
     if (item) pango_item_free(item);
 }
 
-bool AmountGlyphs::draw(cairo_t* cr, const std::string& text, double rightEdge, double baseline)
+bool AmountGlyphs::layOut(const std::string& text, double& width)
 {
     const int count = static_cast<int>(text.size());
     pango_glyph_string_set_size(scratch, count);
-    int width = 0;
+    int units = 0;
     for (int i = 0; i < count; ++i) {
         const auto c = static_cast<unsigned char>(text[static_cast<size_t>(i)]);
         const int g = c < glyphOf.size() ? glyphOf[c] : -1;
@@ -52,15 +52,20 @@ bool AmountGlyphs::draw(cairo_t* cr, const std::string& text, double rightEdge, 
         scratch->glyphs[i] = shaped->glyphs[g];
         scratch->glyphs[i].attr.is_cluster_start = 1;
         scratch->log_clusters[i] = i;  // one byte, one glyph
-        width += scratch->glyphs[i].geometry.width;
+        units += scratch->glyphs[i].geometry.width;
     }
+    width = static_cast<double>(units) / PANGO_SCALE;
+    return true;
+}
+
+void AmountGlyphs::show(cairo_t* cr, const std::string& text)
+{
+    const int count = static_cast<int>(text.size());
     item->offset = 0;
     item->length = count;
     item->num_chars = count;
     PangoGlyphItem run{};
     run.item = item;
     run.glyphs = scratch;
-    cairo_move_to(cr, rightEdge - static_cast<double>(width) / PANGO_SCALE, baseline);
     pango_cairo_show_glyph_item(cr, text.c_str(), &run);
-    return true;
 }

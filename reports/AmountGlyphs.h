@@ -25,15 +25,17 @@ public:
     AmountGlyphs(const AmountGlyphs&) = delete;
     AmountGlyphs& operator=(const AmountGlyphs&) = delete;
 
-    // Draws text on one line ending at rightEdge, on the baseline y. False,
-    // with nothing drawn, when text has a character not among the glyphs.
-    bool draw(cairo_t* cr, const std::string& text, double rightEdge, double baseline);
+    // Lays text out as one run of the glyphs and gives its width in points.
+    // False when text has a character not among the glyphs.
+    bool layOut(const std::string& text, double& width);
+    // Shows the run last laid out, for that same text, from the current point.
+    void show(cairo_t* cr, const std::string& text);
 
 private:
     AmountGlyphs() = default;
 
     PangoItem* item = nullptr;              // font, script and language of the run
-    PangoGlyphString* scratch = nullptr;    // reused for every amount
+    PangoGlyphString* scratch = nullptr;    // the run laid out last, reused for every amount
     std::array<int, 128> glyphOf{};         // character -> index into shaped, or -1
     PangoGlyphString* shaped = nullptr;     // one glyph per amount character
 };

@@ -6,6 +6,7 @@
 
 #include "reports/AnnualReportRows.h"
 #include "reports/PageRoutines.h"
+#include "store/Money.h"
 
 namespace {
 
@@ -13,8 +14,11 @@ const PageFont kTitleFont{"Helvetica", 12};
 const PageFont kTableFont{"Helvetica", 10};
 constexpr int kLastEdge = 14;  // the right edge of the year total column
 constexpr int kCellHeight = 20;
-// Amounts end this far left of their column's right edge, so that every
-// column's figures line up on the right whatever their width.
+constexpr int kTextInset = 5;  // texts start this far right of their column's left rule
+// An amount keeps this far from the rules on both sides of its column, so
+// that figures of neighbouring columns never touch; every column's figures
+// line up on the right whatever their width.
+constexpr double kAmountLeftInset = 1.5;
 constexpr double kAmountRightInset = 3;
 
 }  // namespace
@@ -61,21 +65,28 @@ void AnnualReportPDFPage::drawTableLines(PageCanvas& canvas) const
 
 PageRect AnnualReportPDFPage::cellRect(int gridRow, int col, int width) const
 {
-    const PagePoint corner = rcPoint(gridRow, col, 5, 2);
+    const PagePoint corner = rcPoint(gridRow, col, kTextInset, 2);
     return makeRect(pageHeight, corner.x, corner.y, width, kCellHeight);
+}
+
+PageRect AnnualReportPDFPage::amountRect(int gridRow, int edge) const
+{
+    PageRect rect = cellRect(gridRow, edge, 0);
+    rect.x = rcPoint(gridRow, edge).x + kAmountLeftInset;
+    rect.w = rcPoint(gridRow, edge + 1).x - kAmountRightInset - rect.x;
+    return rect;
 }
 
 void AnnualReportPDFPage::drawRow(PageCanvas& canvas, int gridRow, const std::string& label,
                                   const std::vector<int64_t>& cells) const
 {
-    canvas.drawText(label, cellRect(gridRow, 0, nameWidth), kTableFont);
+    // A name or a figure too wide for its column is drawn smaller, never
+    // cut: a cut figure reads as another amount (-12,345,678 as 12,345,678).
+    canvas.drawText(label, cellRect(gridRow, 0, nameWidth - 2 * kTextInset), kTableFont, TextFit::ShrinkLeft);
     const size_t count = std::min<size_t>(cells.size(), 13);
-    for (size_t c = 0; c < count; ++c) {
-        const int edge = static_cast<int>(c) + 1;
-        const int width = edge == 13 ? totalWidth : amountWidth;
-        const double rightEdge = rcPoint(gridRow, edge + 1).x - kAmountRightInset;
-        canvas.drawText(int2stringWithComma(cells[c], 10), cellRect(gridRow, edge, width), kTableFont, rightEdge);
-    }
+    for (size_t c = 0; c < count; ++c)
+        canvas.drawText(formatWithGrouping(cells[c]), amountRect(gridRow, static_cast<int>(c) + 1), kTableFont,
+                        TextFit::ShrinkRight);
 }
 
 void AnnualReportPDFPage::drawTableData(PageCanvas& canvas) const

@@ -13,7 +13,8 @@ struct AnnualReportRows;
 // One landscape A4 page of the annual report: the title with the date
 // stamp, a frame of 25 rows (the heading and 24 data rows), the headings,
 // up to 24 labelled rows of 12 months and the year, and a thin line under
-// each total row that falls on the page.
+// each total row that falls on the page. Every label and amount lies inside
+// its own cell, whole, in a smaller size when the cell is too narrow.
 class AnnualReportPDFPage final : public ReportPage {
 public:
     static constexpr int kRowsPerPage = 24;
@@ -54,6 +55,9 @@ private:
     void drawRow(PageCanvas& canvas, int gridRow, const std::string& label, const std::vector<int64_t>& cells) const;
     // The text rectangle of a cell: its grid corner moved 5 right, 2 down.
     PageRect cellRect(int gridRow, int col, int width) const;
+    // The rectangle an amount fits into: its column between the two rules,
+    // less a small margin on each side, at the height of cellRect.
+    PageRect amountRect(int gridRow, int edge) const;
 };
 
 // The pages of the annual report of year `nendo`: 24 rows to a page, each

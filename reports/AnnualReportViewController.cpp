@@ -13,6 +13,7 @@
 #include "reports/ReportExport.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
+#include "ui/FitToScreen.h"
 #include "ui/ListTableModel.h"
 #include "ui_AnnualReportViewController.h"
 
@@ -31,6 +32,12 @@ std::map<std::string, int> columnNumbers()
     return numbers;
 }
 
+// The file name the save dialog proposes for a year's report.
+QString proposedName(const std::string& year)
+{
+    return QStringLiteral("年間レポート_") + QString::fromStdString(year);
+}
+
 QString columnTitle(int number)
 {
     if (number == 0) return QStringLiteral("名称");
@@ -45,6 +52,7 @@ AnnualReportViewController::AnnualReportViewController(DataModel& dm, QWidget* p
 {
     ui->setupUi(this);
     viewDidLoad();
+    fitToScreen(this);
 }
 
 AnnualReportViewController::~AnnualReportViewController() = default;
@@ -84,26 +92,23 @@ ListTableModel* AnnualReportViewController::makeTableModel(int tag)
         columns.push_back({kColumnIds[number], columnTitle(number), number > 0,
                            [this, tag, id](int row) { return cellText(tag, row, id); }});
     }
-    return new ListTableModel([this, tag] { return numberOfRows(tag); }, std::move(columns), {}, this);
+    // A name too long for its column is elided there; the row's tool tip
+    // shows it whole.
+    return new ListTableModel([this, tag] { return numberOfRows(tag); }, std::move(columns),
+                              [this, tag](int row) { return cellText(tag, row, kColumnIds[0]); }, this);
 }
 
 void AnnualReportViewController::layOutTables()
 {
-    // Widths from the font: the same for all three tables, so that their
-    // columns line up; a month up to 99 million, the year up to 999 million,
-    // so that a year fits a 1280-pixel screen.
+    // Widths from the font (fitColumns), never from the rows' layout.
     const QFontMetrics metrics(font());
-    const int month = metrics.horizontalAdvance(QStringLiteral("-99,999,999")) + 10;
-    const int year = metrics.horizontalAdvance(QStringLiteral("-999,999,999")) + 10;
     const int rowHeight = metrics.height() + 10;
     for (QTableView* table : tables()) {
-        QHeaderView* header = table->horizontalHeader();
-        header->setSectionResizeMode(QHeaderView::Fixed);
-        for (int c = 1; c < kColumns; ++c) header->resizeSection(c, c == kColumns - 1 ? year : month);
+        table->horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
         table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
         table->verticalHeader()->setDefaultSectionSize(rowHeight);
     }
-    fitLabelColumns();
+    fitColumns();
     // The summary table shows its three rows without scrolling and scrolls
     // sideways with the two tables above it.
     QTableView* totals = ui->tblTotals;
@@ -117,14 +122,39 @@ void AnnualReportViewController::layOutTables()
                         &QScrollBar::setValue);
 }
 
-void AnnualReportViewController::fitLabelColumns()
+void AnnualReportViewController::fitColumns()
 {
+    // The same widths for all three tables, so that their columns line up.
     const QFontMetrics metrics(font());
-    int widest = metrics.horizontalAdvance(QStringLiteral("差　引　合　計"));
+    // Labels: the longest, up to sixteen kanji; a longer name must not push
+    // the figures out of sight.
+    const int most = 16 * metrics.horizontalAdvance(QChar(0x4E00));
+    int label = metrics.horizontalAdvance(QStringLiteral("差　引　合　計"));
     for (const auto* names : {&DM.annualInNameList, &DM.annualOutNameList, &DM.annualTotalNameList})
         for (const std::string& name : *names)
-            widest = std::max(widest, metrics.horizontalAdvance(QString::fromStdString(name)));
-    for (QTableView* table : tables()) table->horizontalHeader()->resizeSection(0, widest + 16);
+            label = std::max(label, metrics.horizontalAdvance(QString::fromStdString(name)));
+    // Figures: a month up to 99 million and the year up to 999 million, so
+    // that a year fits a 1280-pixel screen; a longer figure of the year
+    // widens its columns rather than being elided. The longest figures are
+    // the largest and the most negative.
+    int64_t monthLow = -99999999, monthHigh = 0, yearLow = -999999999, yearHigh = 0;
+    for (const auto* rows : {&DM.annualInDataList, &DM.annualOutDataList, &DM.annualTotalDataList})
+        for (const auto& row : *rows)
+            for (size_t c = 0; c < row.size() && c < kColumns - 1; ++c) {
+                int64_t& low = c == kColumns - 2 ? yearLow : monthLow;
+                int64_t& high = c == kColumns - 2 ? yearHigh : monthHigh;
+                low = std::min(low, row[c]);
+                high = std::max(high, row[c]);
+            }
+    const auto widthOf = [&](int64_t low, int64_t high) {
+        return std::max(metrics.horizontalAdvance(groupedKingaku(low)), metrics.horizontalAdvance(groupedKingaku(high))) + 10;
+    };
+    const int month = widthOf(monthLow, monthHigh), year = widthOf(yearLow, yearHigh);
+    for (QTableView* table : tables()) {
+        QHeaderView* header = table->horizontalHeader();
+        header->resizeSection(0, std::min(label, most) + 16);
+        for (int c = 1; c < kColumns; ++c) header->resizeSection(c, c == kColumns - 1 ? year : month);
+    }
 }
 
 void AnnualReportViewController::showEvent(QShowEvent* event)
@@ -186,7 +216,7 @@ void AnnualReportViewController::comboBoxSelectionDidChange()
     ui->btnPDF->setEnabled(yearComputed);
     if (!yearComputed) return;
     for (ListTableModel* model : tableModels) model->reload();
-    fitLabelColumns();
+    fitColumns();
     charts->showYear(DM.yearsList[static_cast<size_t>(index)]);
 }
 
@@ -201,7 +231,8 @@ void AnnualReportViewController::btnCSV()
 {
     const auto year = exportableYear();
     if (!year) return;
-    saveReportCsv(annualReportCsv(*year, reportDateStamp(), DM), "annual report csv write error \n");
+    saveReportCsv(annualReportCsv(*year, reportDateStamp(), DM), proposedName(*year),
+                  "annual report csv write error \n");
 }
 
 void AnnualReportViewController::btnPDF()
@@ -211,5 +242,5 @@ void AnnualReportViewController::btnPDF()
     PdfDocument document;
     size_t index = 0;
     for (auto& page : annualReportPages(*year, annualReportRows(DM), reportDateStamp)) document.insertPage(std::move(page), index++);
-    saveReportPdf(document);
+    saveReportPdf(document, proposedName(*year));
 }

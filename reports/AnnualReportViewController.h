@@ -59,8 +59,10 @@ private:
     ListTableModel* makeTableModel(int tag);
     std::array<QTableView*, 3> tables() const;
     void layOutTables();
-    // Widens the label columns to the longest label of the three tables.
-    void fitLabelColumns();
+    // Widens the label columns to the longest label of the three tables, up
+    // to a cap beyond which names are elided, and the figure columns to the
+    // longest figure.
+    void fitColumns();
     // The year whose figures the tables show, when one is picked and computed.
     std::optional<std::string> exportableYear() const;
 };

@@ -9,9 +9,10 @@
 
 namespace {
 
-bool fail(std::string* error, const std::string& what)
+bool fail(std::string* error, int* errorNumber, const std::string& what)
 {
     if (error) *error = what + ": " + std::strerror(errno);
+    if (errorNumber) *errorNumber = errno;
     return false;
 }
 
@@ -43,21 +44,21 @@ int createTemporary(const std::string& path, std::string& temporary)
 
 }  // namespace
 
-bool writeFileAtomically(const std::string& path, const std::string& bytes, std::string* error)
+bool writeFileAtomically(const std::string& path, const std::string& bytes, std::string* error, int* errorNumber)
 {
     std::string temporary;
     const int fd = createTemporary(path, temporary);
-    if (fd < 0) return fail(error, "cannot create a temporary file beside " + path);
+    if (fd < 0) return fail(error, errorNumber, "cannot create a temporary file beside " + path);
     const bool written = writeAll(fd, bytes);
     const int writeErrno = errno;
     if (::close(fd) != 0 || !written) {
         if (!written) errno = writeErrno;
-        const bool reported = fail(error, "cannot write " + temporary);
+        const bool reported = fail(error, errorNumber, "cannot write " + temporary);
         ::unlink(temporary.c_str());
         return reported;
     }
     if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        const bool reported = fail(error, "cannot replace " + path);
+        const bool reported = fail(error, errorNumber, "cannot replace " + path);
         ::unlink(temporary.c_str());
         return reported;
     }

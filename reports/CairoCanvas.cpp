@@ -44,29 +44,68 @@ const CairoCanvas::SizedLayout& CairoCanvas::layoutFor(const PageFont& font)
     return sized;
 }
 
-void CairoCanvas::drawText(const std::string& text, const PageRect& rect, const PageFont& font,
-                           std::optional<double> rightEdge)
+void CairoCanvas::drawText(const std::string& text, const PageRect& rect, const PageFont& font, TextFit fit)
 {
     if (text.empty()) return;
     const SizedLayout& sized = layoutFor(font);
     cairo_set_source_rgb(cr, 0, 0, 0);
     const double top = pageHeight - (rect.y + rect.h);
-    if (rightEdge && sized.amounts && sized.lineHeight <= rect.h &&
-        sized.amounts->draw(cr, text, *rightEdge, top + sized.baseline))
-        return;
+    if (fit == TextFit::Wrap) {
+        drawWrapped(sized, text, rect, top);
+    } else {
+        drawOneLine(sized, text, rect, top + sized.baseline, fit == TextFit::ShrinkRight);
+    }
+}
+
+void CairoCanvas::drawWrapped(const SizedLayout& sized, const std::string& text, const PageRect& rect, double top)
+{
     PangoLayout* layout = sized.layout;
-    // An amount is a field of a few characters made to fit its column: it
-    // stays on one line, where a wrap would put its last digit under it.
-    pango_layout_set_width(layout, rightEdge ? -1 : static_cast<int>(rect.w * PANGO_SCALE));
+    pango_layout_set_width(layout, static_cast<int>(rect.w * PANGO_SCALE));
     pango_layout_set_text(layout, text.data(), static_cast<int>(text.size()));
     const int lines = pango_layout_get_line_count(layout);
     for (int i = 0; i < lines && (i + 1) * sized.lineHeight <= rect.h; ++i) {
         PangoLayoutLine* line = pango_layout_get_line_readonly(layout, i);
         PangoRectangle logical;
         pango_layout_line_get_extents(line, nullptr, &logical);
-        const double width = static_cast<double>(logical.width) / PANGO_SCALE;
-        const double x = rightEdge ? *rightEdge - width : rect.x + static_cast<double>(logical.x) / PANGO_SCALE;
-        cairo_move_to(cr, x, top + i * sized.lineHeight + sized.baseline);
+        cairo_move_to(cr, rect.x + static_cast<double>(logical.x) / PANGO_SCALE, top + i * sized.lineHeight + sized.baseline);
         pango_cairo_show_layout_line(cr, line);
     }
+}
+
+void CairoCanvas::drawOneLine(const SizedLayout& sized, const std::string& text, const PageRect& rect,
+                              double baseline, bool rightAligned)
+{
+    double width = 0;
+    if (sized.amounts && sized.amounts->layOut(text, width)) {
+        showFitted(width, rect, baseline, rightAligned, [&] { sized.amounts->show(cr, text); });
+        return;
+    }
+    PangoLayout* layout = sized.layout;
+    pango_layout_set_width(layout, -1);  // no wrapping: the line is as long as the text
+    pango_layout_set_text(layout, text.data(), static_cast<int>(text.size()));
+    PangoLayoutLine* line = pango_layout_get_line_readonly(layout, 0);
+    PangoRectangle logical;
+    pango_layout_line_get_extents(line, nullptr, &logical);
+    width = static_cast<double>(logical.width) / PANGO_SCALE;
+    showFitted(width, rect, baseline, rightAligned, [&] { pango_cairo_show_layout_line(cr, line); });
+}
+
+template <typename Show>
+void CairoCanvas::showFitted(double width, const PageRect& rect, double baseline, bool rightAligned, Show show)
+{
+    const double anchor = rightAligned ? rect.x + rect.w : rect.x;
+    const double start = rightAligned ? -width : 0;
+    if (width <= rect.w) {
+        cairo_move_to(cr, anchor + start, baseline);
+        show();
+        return;
+    }
+    // Smaller, not cut: the whole text in the rectangle's width.
+    const double scale = rect.w / width;
+    cairo_save(cr);
+    cairo_translate(cr, anchor, baseline);
+    cairo_scale(cr, scale, scale);
+    cairo_move_to(cr, start, 0);
+    show();
+    cairo_restore(cr);
 }

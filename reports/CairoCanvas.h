@@ -2,7 +2,6 @@
 
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "reports/AmountGlyphs.h"
@@ -24,8 +23,7 @@ public:
     CairoCanvas& operator=(const CairoCanvas&) = delete;
 
     void strokeLine(PagePoint from, PagePoint to, double width, double grey) override;
-    void drawText(const std::string& text, const PageRect& rect, const PageFont& font,
-                  std::optional<double> rightEdge) override;
+    void drawText(const std::string& text, const PageRect& rect, const PageFont& font, TextFit fit) override;
 
 private:
     cairo_t* cr;
@@ -43,4 +41,12 @@ private:
     std::map<double, SizedLayout> layouts;
 
     const SizedLayout& layoutFor(const PageFont& font);
+    void drawWrapped(const SizedLayout& sized, const std::string& text, const PageRect& rect, double top);
+    void drawOneLine(const SizedLayout& sized, const std::string& text, const PageRect& rect, double baseline,
+                     bool rightAligned);
+    // Shows a line of this width (show() draws it from the current point) at
+    // the rectangle's left or right edge on the baseline, scaled down about
+    // that edge when it is wider than the rectangle.
+    template <typename Show>
+    void showFitted(double width, const PageRect& rect, double baseline, bool rightAligned, Show show);
 };

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 // A point or a rectangle on a report page. Pages compute in a top-down
@@ -29,6 +28,18 @@ struct PageFont {
     bool operator==(const PageFont&) const = default;
 };
 
+// How a text sits in its rectangle (PDF space).
+enum class TextFit {
+    // Lines from the rectangle's top-left corner, wrapped at its width;
+    // lines that do not fit its height are not drawn.
+    Wrap,
+    // One line from the left edge, or ending at the right edge, on the
+    // baseline a wrapped first line would have. A text wider than the
+    // rectangle is drawn in a smaller size, so that it fits whole.
+    ShrinkLeft,
+    ShrinkRight,
+};
+
 // What a report page draws on: the cairo canvas writes a PDF, the recording
 // canvas keeps every call for the tests.
 class PageCanvas {
@@ -37,10 +48,7 @@ public:
     // Strokes a straight segment from `from` to `to` (PDF space) with the
     // given width in the given grey (0 black, 1 white).
     virtual void strokeLine(PagePoint from, PagePoint to, double width, double grey) = 0;
-    // Lays black text out in the rectangle (PDF space) from its top edge,
-    // wrapping at its width; lines that do not fit its height are not drawn.
-    // Lines start at the rectangle's left edge. An amount field instead gives
-    // `rightEdge`: it is drawn on one line that ends there.
+    // Lays black text out in the rectangle (PDF space) from its top edge.
     virtual void drawText(const std::string& text, const PageRect& rect, const PageFont& font,
-                          std::optional<double> rightEdge = std::nullopt) = 0;
+                          TextFit fit = TextFit::Wrap) = 0;
 };

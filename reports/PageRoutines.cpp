@@ -7,9 +7,8 @@
 std::string int2stringWithComma(int64_t integer, int digits)
 {
     const size_t width = static_cast<size_t>(std::max(digits, 1));
-    std::string field(width, ' ');
-    field += formatWithGrouping(integer);  // ASCII only, so a character is a byte
-    return field.substr(field.size() - width);
+    const std::string amount = formatWithGrouping(integer);  // ASCII only, so a character is a byte
+    return std::string(width - std::min(width, amount.size()), ' ') + amount;
 }
 
 PageRect makeRect(double pageHeight, double x, double y, int w, int h)

@@ -8,9 +8,10 @@
 // The line colour of the report frames: dark grey, one third of white.
 inline constexpr double kDarkGrey = 1.0 / 3.0;
 
-// An amount in a field of `digits` characters: blanks, then the amount with
-// "," between groups of three, keeping the last `digits` characters
-// (1234567 -> " 1,234,567"; 123456789 -> "23,456,789"). digits < 1 counts as 1.
+// An amount in a field of at least `digits` characters: blanks, then the
+// amount with "," between groups of three (1234567 -> " 1,234,567"). An
+// amount longer than the field is kept whole (123456789 -> "123,456,789"):
+// a figure is never cut. digits < 1 counts as 1.
 std::string int2stringWithComma(int64_t integer, int digits = 10);
 
 // A top-down point (x, y) as a PDF rectangle of a page of this height:

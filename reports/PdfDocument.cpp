@@ -70,8 +70,9 @@ bool PdfDocument::render(std::string& pdf, std::string* error) const
     return true;
 }
 
-bool PdfDocument::writeToFile(const std::string& path, std::string* error) const
+bool PdfDocument::writeToFile(const std::string& path, std::string* error, int* errorNumber) const
 {
+    if (errorNumber) *errorNumber = 0;
     std::string pdf;
-    return render(pdf, error) && writeFileAtomically(path, pdf, error);
+    return render(pdf, error) && writeFileAtomically(path, pdf, error, errorNumber);
 }

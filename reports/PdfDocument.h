@@ -19,8 +19,9 @@ public:
     // missing or cairo fails.
     bool render(std::string& pdf, std::string* error) const;
     // Renders and writes the file atomically (AtomicFile.h), replacing an
-    // existing one; false with a description in *error.
-    bool writeToFile(const std::string& path, std::string* error) const;
+    // existing one; false with a description in *error and, when writing
+    // failed, the system's error number in *errorNumber (0 otherwise).
+    bool writeToFile(const std::string& path, std::string* error, int* errorNumber = nullptr) const;
 
 private:
     std::vector<std::unique_ptr<ReportPage>> pages;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,7 +18,7 @@ public:
         std::string text;
         PageRect rect;
         PageFont font;
-        std::optional<double> rightEdge;
+        TextFit fit;
         bool operator==(const Text&) const = default;
     };
 
@@ -30,9 +29,8 @@ public:
     {
         lines.push_back({from, to, width, grey});
     }
-    void drawText(const std::string& text, const PageRect& rect, const PageFont& font,
-                  std::optional<double> rightEdge) override
+    void drawText(const std::string& text, const PageRect& rect, const PageFont& font, TextFit fit) override
     {
-        texts.push_back({text, rect, font, rightEdge});
+        texts.push_back({text, rect, font, fit});
     }
 };

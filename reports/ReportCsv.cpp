@@ -15,6 +15,25 @@ void appendNumber(std::string& out, int64_t value)
     out.append(buf, end);
 }
 
+// Each cell after a comma, then a blank and the line feed. The cells are
+// gathered in a small buffer first: a year has thousands of them.
+void appendCells(std::string& csv, const std::vector<int64_t>& cells)
+{
+    constexpr size_t kCell = 21;  // a comma and the longest int64_t
+    char buf[16 * kCell];
+    char* p = buf;
+    for (const int64_t cell : cells) {
+        if (static_cast<size_t>(buf + sizeof buf - p) < kCell) {
+            csv.append(buf, p);
+            p = buf;
+        }
+        *p++ = ',';
+        p = std::to_chars(p, buf + sizeof buf, cell).ptr;
+    }
+    csv.append(buf, p);
+    csv += " \n";
+}
+
 // The lines of the pairs from..to of a name list and a data list, stopping
 // at the shorter of the two.
 void appendRows(std::string& csv, const std::vector<std::string>& names, const std::vector<std::vector<int64_t>>& data,
@@ -23,11 +42,7 @@ void appendRows(std::string& csv, const std::vector<std::string>& names, const s
     const size_t end = std::min({names.size(), data.size(), to});
     for (size_t r = from; r < end; ++r) {
         csv += names[r];
-        for (const int64_t cell : data[r]) {
-            csv += ',';
-            appendNumber(csv, cell);
-        }
-        csv += " \n";
+        appendCells(csv, data[r]);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "reports/PageRoutines.h"
+#include "store/Money.h"
 #include "store/Sisan.h"
 
 namespace {
@@ -40,7 +41,9 @@ void SisanReportPDFPage::drawTableLines(PageCanvas& canvas) const
 
 void SisanReportPDFPage::drawTableData(PageCanvas& canvas) const
 {
-    const auto rect = [&](double x, double y, int w) { return makeRect(pageHeight, x, y, w, kTextHeight); };
+    const auto rect = [&](double x, double y, double w) {
+        return makeRect(pageHeight, x, y, static_cast<int>(w), kTextHeight);
+    };
     canvas.drawText("資産レポート", makeRect(pageHeight, titlePos.x, titlePos.y, 120, 30), kTitleFont);
     canvas.drawText(dateStamp ? dateStamp() : std::string(), rect(datePos.x, datePos.y, 140), kTextFont);
 
@@ -49,16 +52,20 @@ void SisanReportPDFPage::drawTableData(PageCanvas& canvas) const
     canvas.drawText(" 名\u3000称", rect(textX, headingY, 60), kTextFont);
     canvas.drawText("   金額（円）", rect(textX + nameWidth, headingY, 100), kTextFont);
 
-    const double amountX = textX + nameWidth + 3 * textInSet;
-    const double amountRight = tableRightPos0.x - kAmountRightInset;
+    // A name or a balance too wide for its column, and a total too wide for
+    // its line, is drawn smaller, never cut.
+    const double nameText = nameWidth - 2 * textInSet;
+    const double amountX = tableLeftPos0.x + nameWidth + textInSet;
+    const double amountText = tableRightPos0.x - kAmountRightInset - amountX;
     double y = tableLeftPos0.y + 2 * rowHeight;
     for (const auto& sisan : sisanData) {
-        canvas.drawText(sisan->Namae, rect(textX, y, 200), kTextFont);
-        canvas.drawText(int2stringWithComma(sisan->Zankin, 10), rect(amountX, y, 100), kTextFont, amountRight);
+        canvas.drawText(sisan->Namae, rect(textX, y, nameText), kTextFont, TextFit::ShrinkLeft);
+        canvas.drawText(formatWithGrouping(sisan->Zankin), rect(amountX, y, amountText), kTextFont,
+                        TextFit::ShrinkRight);
         y += rowHeight;
     }
     canvas.drawText("合\u3000計\u3000\u3000" + int2stringWithComma(total, 10) + " 円",
-                    rect(totalPos.x, totalPos.y, 160), kTextFont);
+                    rect(totalPos.x, totalPos.y, 160), kTextFont, TextFit::ShrinkLeft);
 }
 
 void SisanReportPDFPage::draw(PageCanvas& canvas) const

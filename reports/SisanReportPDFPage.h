@@ -12,7 +12,8 @@ struct Sisan;
 // One portrait page of the asset report (590 x 840 points): the title and
 // the date stamp, a two-column frame of 21 rows (the heading and 20 assets)
 // with a thin rule after every fifth asset, the assets' names and balances,
-// and the grand total below the frame.
+// and the grand total below the frame. Names, balances and the total are
+// drawn whole, in a smaller size where their place is too narrow.
 class SisanReportPDFPage final : public ReportPage {
 public:
     static constexpr int kAssetsPerPage = 20;

@@ -9,15 +9,28 @@
 #include "reports/SisanReportPDFPage.h"
 #include "store/DataModel.h"
 #include "ui/AmountText.h"
+#include "ui/FitToScreen.h"
+#include "ui/Clock.h"
 #include "ui/ListTableModel.h"
 #include "ui/StoreTableModels.h"
 #include "ui_SisanReportViewController.h"
+
+namespace {
+
+// The file name the save dialog proposes: the report of today.
+QString proposedName()
+{
+    return QStringLiteral("資産レポート_") + fileDateStamp(currentDateTime().date());
+}
+
+}  // namespace
 
 SisanReportViewController::SisanReportViewController(DataModel& dm, QWidget* parent)
     : QDialog(parent), DM(dm), ui(std::make_unique<Ui::SisanReportViewController>())
 {
     ui->setupUi(this);
     viewDidLoad();
+    fitToScreen(this);
 }
 
 SisanReportViewController::~SisanReportViewController() = default;
@@ -50,7 +63,7 @@ void SisanReportViewController::layOutColumns()
 
 void SisanReportViewController::btnSisanCSV()
 {
-    saveReportCsv(sisanReportCsv(DM, reportDateStamp()), "sisan report csv write error \n");
+    saveReportCsv(sisanReportCsv(DM, reportDateStamp()), proposedName(), "sisan report csv write error \n");
 }
 
 void SisanReportViewController::btnSisanPDF()
@@ -59,5 +72,5 @@ void SisanReportViewController::btnSisanPDF()
     size_t index = 0;
     for (auto& page : sisanReportPages(DM.sisanList, DM.GrandTotalSisan, reportDateStamp))
         document.insertPage(std::move(page), index++);
-    saveReportPdf(document);
+    saveReportPdf(document, proposedName());
 }

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <cstring>
 #include <filesystem>
 #include <regex>
@@ -69,6 +70,8 @@ BackupResult copyPages(sqlite3* source, sqlite3* target, std::string* error, con
     return BackupResult::Made;
 }
 
+}  // namespace
+
 BackupResult copyBook(const std::string& book, const std::string& partial, std::string* error,
                       const std::atomic<bool>* cancel)
 {
@@ -81,19 +84,30 @@ BackupResult copyBook(const std::string& book, const std::string& partial, std::
     return copyPages(source.db, target.db, error, cancel);
 }
 
-// Removes the oldest backups beyond `keep`; names sort by their day.
-void keepNewest(const std::string& dir, int keep)
+namespace {
+
+const std::regex& backupName()
 {
     static const std::regex name(R"(Zenvora-\d{8}\.sql)");
-    std::vector<std::string> backups;
+    return name;
+}
+
+// A copy a crash cut short: its file and the journal SQLite kept beside it.
+void removeLeftovers(const std::string& dir)
+{
+    static const std::regex leftover(R"(Zenvora-\d{8}\.sql\.partial(-journal)?)");
     std::error_code ec;
-    for (const auto& entry : fs::directory_iterator(dir, ec)) {
-        const std::string file = entry.path().filename().string();
-        if (entry.is_regular_file(ec) && std::regex_match(file, name)) backups.push_back(entry.path().string());
-    }
-    std::sort(backups.begin(), backups.end());
-    const size_t excess = backups.size() > static_cast<size_t>(keep) ? backups.size() - keep : 0;
-    for (size_t i = 0; i < excess; ++i) fs::remove(backups[i], ec);
+    for (const auto& entry : fs::directory_iterator(dir, ec))
+        if (std::regex_match(entry.path().filename().string(), leftover)) fs::remove(entry.path(), ec);
+}
+
+// Removes the oldest backups beyond `keep`, never `made`.
+void keepNewest(const std::string& dir, int keep, const std::string& made)
+{
+    const std::vector<std::string> backups = listBackups(dir);
+    std::error_code ec;
+    for (size_t i = static_cast<size_t>(keep); i < backups.size(); ++i)
+        if (backups[i] != made) fs::remove(backups[i], ec);
 }
 
 }  // namespace
@@ -103,14 +117,34 @@ std::string backupPath(const std::string& dir, const std::string& day)
     return dir + "/Zenvora-" + day + ".sql";
 }
 
+std::vector<std::string> listBackups(const std::string& dir)
+{
+    std::vector<std::pair<fs::file_time_type, std::string>> found;
+    std::error_code ec;
+    for (const auto& entry : fs::directory_iterator(dir, ec)) {
+        const std::string name = entry.path().filename().string();
+        if (!entry.is_regular_file(ec) || !std::regex_match(name, backupName())) continue;
+        const auto made = entry.last_write_time(ec);
+        if (!ec) found.emplace_back(made, entry.path().string());
+    }
+    std::sort(found.begin(), found.end(), std::greater<>());
+    std::vector<std::string> paths;
+    for (auto& [made, path] : found) paths.push_back(std::move(path));
+    return paths;
+}
+
 BackupResult backupBookOnce(const std::string& book, const std::string& dir, const std::string& day, int keep,
                             std::string* error, const std::atomic<bool>* cancel)
 {
     const std::string target = backupPath(dir, day);
     std::error_code ec;
-    if (fs::exists(target, ec)) return BackupResult::AlreadyMade;
+    if (fs::exists(target, ec)) {
+        keepNewest(dir, keep, target);
+        return BackupResult::AlreadyMade;
+    }
     if (fs::create_directories(dir, ec)) fs::permissions(dir, fs::perms::owner_all, ec);
     if (ec) return fail(error, dir + ": " + ec.message());
+    removeLeftovers(dir);
 
     const std::string partial = target + ".partial";
     const BackupResult copied = copyBook(book, partial, error, cancel);
@@ -124,6 +158,6 @@ BackupResult backupBookOnce(const std::string& book, const std::string& dir, con
         fs::remove(partial, ec);
         return fail(error, why);
     }
-    keepNewest(dir, keep);
+    keepNewest(dir, keep, target);
     return BackupResult::Made;
 }

@@ -6,28 +6,20 @@
 #include <unistd.h>
 
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <vector>
 
+#include "store/BookTables.h"
+#include "store/BookValues.h"
+#include "store/HotJournal.h"
+
 namespace {
-
-// The columns the store reads, in the order it reads them.
-struct TableLayout {
-    const char* table;
-    std::vector<std::string> columns;
-};
-
-const TableLayout kLayouts[] = {
-    {"Sisan", {"Id", "Namae", "SyokiKingaku", "Zankin"}},
-    {"Items",
-     {"Id", "Hizuke", "Nen", "Tuki", "Hi", "SisanNo", "SyubetuNo", "HimokuNo", "IdouSisanNo", "IdouId", "Nyuukin",
-      "Syukkin", "Bikou"}},
-    {"Himoku", {"Id", "SyubetuNo", "Namae", "Hno", "Ucount"}},
-};
 
 // A short wait covers another program's brief write; a lock held longer is
 // reported instead of delaying the start.
@@ -113,20 +105,10 @@ std::optional<BookCheck> checkPageCount(const std::string& path, uint64_t fileSi
     return std::nullopt;
 }
 
-// The column names of a table, in order; none when it does not exist.
-std::optional<BookCheck> readColumns(sqlite3* db, const char* table, std::vector<std::string>& names)
+std::string textOf(sqlite3_stmt* s, int column)
 {
-    sqlite3_stmt* s = nullptr;
-    const std::string sql = std::string("PRAGMA table_info(") + table + ")";
-    int rc = sqlite3_prepare_v2(db, sql.c_str(), -1, &s, nullptr);
-    while (rc == SQLITE_OK || rc == SQLITE_ROW) {
-        rc = sqlite3_step(s);
-        if (rc == SQLITE_ROW) names.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(s, 1)));
-    }
-    std::optional<BookCheck> failure;
-    if (rc != SQLITE_DONE) failure = fromSqlite(rc, db);
-    sqlite3_finalize(s);
-    return failure;
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(s, column));
+    return text ? text : "";
 }
 
 bool sameName(const std::string& a, const std::string& b)
@@ -134,15 +116,143 @@ bool sameName(const std::string& a, const std::string& b)
     return sqlite3_stricmp(a.c_str(), b.c_str()) == 0;
 }
 
-std::optional<BookCheck> compareLayout(const TableLayout& layout, const std::vector<std::string>& found)
+// SQLite matches table names without regard to case.
+std::string lowered(std::string name)
 {
-    if (found.empty()) return verdict(BookVerdict::WrongSchema, std::string("table ") + layout.table + " missing");
-    bool same = found.size() == layout.columns.size();
-    for (size_t i = 0; same && i < found.size(); ++i) same = sameName(found[i], layout.columns[i]);
-    if (same) return std::nullopt;
-    std::string columns;
-    for (const auto& name : found) columns += (columns.empty() ? "" : ",") + name;
-    return verdict(BookVerdict::WrongSchema, std::string(layout.table) + "(" + columns + ")");
+    for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return name;
+}
+
+// Runs a statement through its rows; a failing step is the check's verdict.
+template <typename OnRow>
+std::optional<BookCheck> eachRow(sqlite3* db, const std::string& sql, OnRow onRow)
+{
+    sqlite3_stmt* s = nullptr;
+    int rc = sqlite3_prepare_v2(db, sql.c_str(), -1, &s, nullptr);
+    while (rc == SQLITE_OK || rc == SQLITE_ROW) {
+        rc = sqlite3_step(s);
+        if (rc == SQLITE_ROW) onRow(s);
+    }
+    std::optional<BookCheck> failure;
+    if (rc != SQLITE_DONE) failure = fromSqlite(rc, db);
+    sqlite3_finalize(s);
+    return failure;
+}
+
+// What the book's own schema says of one table.
+struct FoundTable {
+    std::string kind;  // "table", "view", "virtual", "shadow"
+    bool withoutRowid = false;
+    std::vector<ColumnLayout> columns;
+};
+
+// The tables of the book by name (in lower case), with the columns of those
+// the program knows.
+std::optional<BookCheck> readTables(sqlite3* db, std::map<std::string, FoundTable>& found)
+{
+    if (auto failure = eachRow(db, "PRAGMA main.table_list", [&](sqlite3_stmt* s) {
+            found[lowered(textOf(s, 1))] = FoundTable{textOf(s, 2), sqlite3_column_int(s, 4) != 0, {}};
+        }))
+        return failure;
+    for (const auto* list : {&requiredBookTables(), &optionalBookTables()}) {
+        for (const TableLayout& layout : *list) {
+            const auto table = found.find(lowered(layout.name));
+            if (table == found.end()) continue;
+            if (auto failure = eachRow(db, "PRAGMA main.table_info(\"" + layout.name + "\")", [&](sqlite3_stmt* s) {
+                    table->second.columns.push_back({textOf(s, 1), textOf(s, 2), sqlite3_column_int(s, 5) != 0});
+                }))
+                return failure;
+        }
+    }
+    return std::nullopt;
+}
+
+// The affinity SQLite gives a column of this declared type: what decides
+// how its values are stored and compared.
+std::string affinityOf(std::string type)
+{
+    for (char& c : type) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    auto has = [&](const char* part) { return type.find(part) != std::string::npos; };
+    if (has("INT")) return "INTEGER";
+    if (has("CHAR") || has("CLOB") || has("TEXT")) return "TEXT";
+    if (has("BLOB") || type.empty()) return "BLOB";
+    if (has("REAL") || has("FLOA") || has("DOUB")) return "REAL";
+    return "NUMERIC";
+}
+
+std::string columnList(const std::vector<ColumnLayout>& columns)
+{
+    std::string list;
+    for (const auto& c : columns) list += (list.empty() ? "" : ",") + c.name;
+    return list;
+}
+
+// A known table must be a table (not a view), with the declared columns in
+// order, of the declared types, the row id where the program expects it.
+std::optional<BookCheck> compareTable(const TableLayout& layout, const FoundTable& found)
+{
+    const std::string& t = layout.name;
+    if (found.kind != "table") return verdict(BookVerdict::WrongSchema, t + " is a " + found.kind + ", not a table");
+    bool sameNames = found.columns.size() == layout.columns.size();
+    for (size_t i = 0; sameNames && i < found.columns.size(); ++i)
+        sameNames = sameName(found.columns[i].name, layout.columns[i].name);
+    if (!sameNames) return verdict(BookVerdict::WrongSchema, t + "(" + columnList(found.columns) + ")");
+    for (size_t i = 0; i < layout.columns.size(); ++i) {
+        const ColumnLayout& want = layout.columns[i];
+        const ColumnLayout& have = found.columns[i];
+        const std::string column = t + "." + want.name;
+        if (affinityOf(have.type) != affinityOf(want.type))
+            return verdict(BookVerdict::WrongSchema, column + " is declared " + (have.type.empty() ? "without a type" : have.type) +
+                                                         ", not " + want.type);
+        // Only a column declared exactly INTEGER PRIMARY KEY, in a table with
+        // row ids, is the row id that a new row's Id is taken from.
+        const bool rowId = have.primaryKey && sameName(have.type, "INTEGER") && !found.withoutRowid;
+        if (want.primaryKey && !rowId) return verdict(BookVerdict::WrongSchema, column + " is not the INTEGER PRIMARY KEY");
+        if (!want.primaryKey && have.primaryKey)
+            return verdict(BookVerdict::WrongSchema, column + " is part of the primary key");
+    }
+    return std::nullopt;
+}
+
+std::optional<BookCheck> compareTables(const std::map<std::string, FoundTable>& found)
+{
+    for (const auto* list : {&requiredBookTables(), &optionalBookTables()}) {
+        const bool required = list == &requiredBookTables();
+        for (const TableLayout& layout : *list) {
+            const auto table = found.find(lowered(layout.name));
+            if (table == found.end()) {
+                if (required) return verdict(BookVerdict::WrongSchema, "table " + layout.name + " missing");
+                continue;
+            }
+            if (auto wrong = compareTable(layout, table->second)) return wrong;
+        }
+    }
+    return std::nullopt;
+}
+
+// SQLite's own check of every page, table and index (without comparing the
+// indexes' content with the tables', which integrity_check adds at several
+// times the cost).
+std::optional<BookCheck> quickCheck(sqlite3* db)
+{
+    std::string first;
+    if (auto failure = eachRow(db, "PRAGMA quick_check", [&](sqlite3_stmt* s) {
+            if (first.empty()) first = textOf(s, 0);
+        }))
+        return failure;
+    if (first == "ok") return std::nullopt;
+    return verdict(BookVerdict::Damaged, first);
+}
+
+// Every value the start reads must be one the program can read.
+BookCheck checkValues(sqlite3* db)
+{
+    std::string error;
+    const auto bad = findBadValue(db, &error);
+    if (!error.empty()) return verdict(BookVerdict::Unreadable, error);
+    if (!bad) return verdict(BookVerdict::Ready);
+    return verdict(BookVerdict::BadValue, bad->table + " Id " + std::to_string(bad->id) + " " + bad->column + " '" +
+                                              bad->value + "'");
 }
 
 // Takes and drops the write lock: a reserved lock writes nothing, and fails
@@ -155,30 +265,38 @@ std::optional<BookCheck> tryWriteLock(sqlite3* db)
     return std::nullopt;
 }
 
-BookCheck checkDatabase(const std::string& path, uint64_t fileSize)
+// What the start checks of a book, and of a copy that may take its place;
+// the pages of a book may be checked on their own (checkBookPages).
+enum class Use { Book, BookLayout, Copy };
+
+BookCheck checkDatabase(const std::string& path, uint64_t fileSize, Use use)
 {
     // A file without SQLite's signature is never handed to SQLite, which
     // would treat a journal beside it as its own and reset it.
     if (!readHeader(path)) return verdict(BookVerdict::Damaged, "not a SQLite database");
+    // Neither is a book beside a journal that is not its own: the first
+    // read would play it back.
+    const JournalCheck journal = checkHotJournal(path);
+    if (journal.fit == JournalFit::Foreign) return verdict(BookVerdict::ForeignJournal, journal.reason);
     Connection c;
-    int rc = sqlite3_open_v2(path.c_str(), &c.db, SQLITE_OPEN_READWRITE, nullptr);
+    const int flags = use == Use::Copy ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+    int rc = sqlite3_open_v2(path.c_str(), &c.db, flags, nullptr);
     if (rc != SQLITE_OK) return fromSqlite(rc, c.db);
     sqlite3_busy_timeout(c.db, kBusyWaitMs);
     // SQLite's own reads come before the page count: they recover a hot
     // journal left by a crash, and tell damage and a lock apart.
-    std::vector<std::vector<std::string>> found(std::size(kLayouts));
-    for (size_t t = 0; t < std::size(kLayouts); ++t)
-        if (auto failure = readColumns(c.db, kLayouts[t].table, found[t])) return *failure;
+    std::map<std::string, FoundTable> found;
+    if (auto failure = readTables(c.db, found)) return *failure;
     if (auto damage = checkPageCount(path, fileSize)) return *damage;
-    for (size_t t = 0; t < std::size(kLayouts); ++t)
-        if (auto wrong = compareLayout(kLayouts[t], found[t])) return *wrong;
+    if (auto wrong = compareTables(found)) return *wrong;
+    if (use != Use::BookLayout)
+        if (auto damage = quickCheck(c.db)) return *damage;
+    if (use == Use::Copy) return checkValues(c.db);
     if (auto locked = tryWriteLock(c.db)) return *locked;
     return verdict(BookVerdict::Ready);
 }
 
-}  // namespace
-
-BookCheck checkBook(const std::string& path)
+BookCheck checkFile(const std::string& path, Use use)
 {
     const std::string folder = folderOf(path);
     const bool folderWritable = ::access(folder.c_str(), F_OK) != 0 || accessible(folder, W_OK | X_OK);
@@ -188,9 +306,36 @@ BookCheck checkBook(const std::string& path)
         return folderWritable ? verdict(BookVerdict::Missing) : verdict(BookVerdict::FolderReadOnly);
     }
     if (!S_ISREG(st.st_mode)) return verdict(BookVerdict::Unreadable, "not a regular file");
-    if (!folderWritable) return verdict(BookVerdict::FolderReadOnly);
+    if (use != Use::Copy && !folderWritable) return verdict(BookVerdict::FolderReadOnly);
     if (st.st_size == 0) return verdict(BookVerdict::Missing);
     if (!accessible(path, R_OK)) return verdict(BookVerdict::Unreadable, std::strerror(EACCES));
-    if (!accessible(path, W_OK)) return verdict(BookVerdict::FileReadOnly);
-    return checkDatabase(path, static_cast<uint64_t>(st.st_size));
+    if (use != Use::Copy && !accessible(path, W_OK)) return verdict(BookVerdict::FileReadOnly);
+    return checkDatabase(path, static_cast<uint64_t>(st.st_size), use);
+}
+
+}  // namespace
+
+BookCheck checkBook(const std::string& path)
+{
+    return checkFile(path, Use::Book);
+}
+
+BookCheck checkBookLayout(const std::string& path)
+{
+    return checkFile(path, Use::BookLayout);
+}
+
+BookCheck checkBookPages(const std::string& path)
+{
+    Connection c;
+    int rc = sqlite3_open_v2(path.c_str(), &c.db, SQLITE_OPEN_READONLY, nullptr);
+    if (rc != SQLITE_OK) return fromSqlite(rc, c.db);
+    sqlite3_busy_timeout(c.db, kBusyWaitMs);
+    if (auto damage = quickCheck(c.db)) return *damage;
+    return verdict(BookVerdict::Ready);
+}
+
+BookCheck checkBookCopy(const std::string& path)
+{
+    return checkFile(path, Use::Copy);
 }

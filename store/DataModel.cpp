@@ -8,7 +8,7 @@
 #include "store/Provisioning.h"
 #include "store/Transaction.h"
 
-DataModel::DataModel(std::string path, int busyTimeoutMs)
+DataModel::DataModel(std::string path, int busyTimeoutMs, Corrections corrections)
     : itemSortASC{{"Hizuke", true}, {"HimokuNo", true}, {"Nyuukin", true}, {"Syukkin", true}, {"Zankin", true}},
       annualTotalNameList{"収　入　計", "支　出　計", "差　引　合　計"},
       strPath(std::move(path)),
@@ -17,7 +17,14 @@ DataModel::DataModel(std::string path, int busyTimeoutMs)
     openDB();
     // The stored balances lag behind the entries when the last run did not
     // end cleanly: every screen shows the recomputed ones from the start.
+    deferCorrections = true;
     if (readFromSisanTable() && readFromHimokuTable()) recomputeAllSisanZankin();
+    deferCorrections = false;
+    if (unreadableValueSeen) {
+        badValueFound = findBadValue(db);
+    } else if (corrections == Corrections::Store) {
+        storePendingZankin();
+    }
 }
 
 DataModel::~DataModel()
@@ -155,7 +162,18 @@ bool DataModel::beganOrReport(const Transaction& tx)
 
 bool DataModel::commitOrReport(Transaction& tx)
 {
-    if (tx.commit()) return true;
-    someMessageWithAlert(errorText("failure committing a transaction: "));
-    return false;
+    if (!tx.commit()) {
+        someMessageWithAlert(errorText("failure committing a transaction: "));
+        return false;
+    }
+    // The book takes writes again: balances a reader kept out go in now.
+    storePendingZankin();
+    return true;
+}
+
+int64_t DataModel::checkedInt(int column, IntegerRange range)
+{
+    if (const auto value = stmt.columnReadable(column, range)) return *value;
+    unreadableValueSeen = true;
+    return stmt.columnInt(column);
 }

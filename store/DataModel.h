@@ -3,9 +3,12 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "store/BookValues.h"
 #include "store/Himoku.h"
 #include "store/IdIndexMap.h"
 #include "store/ImportRecords.h"
@@ -35,12 +38,21 @@ public:
     // How long a statement waits for another connection's lock (a backup
     // tool, a sync client) before it fails as busy.
     static constexpr int kBusyTimeoutMs = 5000;
+    // How long a correction of stored balances waits for a program reading
+    // the book before leaving it for later.
+    static constexpr int kCorrectionWaitMs = 200;
 
     // Opens (creating if missing) the database file at path, reads the asset
     // table, then the category table, then recomputes every balance from the
     // entries (recomputeAllSisanZankin). A statement waits busyTimeoutMs for
-    // another connection's lock. Failures are reported, not thrown.
-    explicit DataModel(std::string path, int busyTimeoutMs = kBusyTimeoutMs);
+    // another connection's lock. Failures are reported, not thrown. The
+    // values these reads take are checked on the way (badValue); a book
+    // with one it cannot read gets no balance written. With
+    // Corrections::Defer the corrected balances are not stored yet but left
+    // pending (storePendingZankin): the book's check may still be running.
+    enum class Corrections { Store, Defer };
+    explicit DataModel(std::string path, int busyTimeoutMs = kBusyTimeoutMs,
+                       Corrections corrections = Corrections::Store);
     // Finalizes any open statement and closes the connection.
     ~DataModel();
     DataModel(const DataModel&) = delete;
@@ -52,6 +64,19 @@ public:
     static DataModel& sharedInstance(const std::string& path = defaultBookPath());
     // resourceDirectory()/Zenvora.sql.
     static std::string defaultBookPath();
+
+    // The first stored value the start could not read as the program's
+    // integer (text, a fraction, out of range), with its table, row and
+    // column; none when every value was readable.
+    const std::optional<BadValue>& badValue() const { return badValueFound; }
+    // True while corrected balances wait to be stored: deferred by the
+    // start, or kept out by another program reading the book. The store
+    // tries again after its next committed change and at the final balance
+    // write.
+    bool zankinWritePending() const { return !zankinPendingIds.empty(); }
+    // Stores the pending balances, waiting only briefly for a reader; true
+    // when nothing is pending any more.
+    bool storePendingZankin();
 
     // ---- lists shown by the screens -------------------------------------
     // Each list comes with a map from row Id to position (Id2Idx) and one
@@ -213,6 +238,10 @@ private:
     std::string strPath;
     int busyTimeoutMs;
     std::shared_ptr<ItemsArena> itemsArena;  // storage of itemList's rows
+    bool unreadableValueSeen = false;  // set by the checked reads below
+    std::optional<BadValue> badValueFound;
+    std::set<int64_t> zankinPendingIds;  // assets whose stored balance waits to be corrected
+    bool deferCorrections = false;
 
     // Prepares sql into stmt; on failure reports prefix + SQLite's message.
     bool prepare(const std::string& sql, const char* failurePrefix, const char* informative);
@@ -232,6 +261,9 @@ private:
     // Reports an integer that does not fit 32 bits; true when all fit.
     bool allFitInt32(std::initializer_list<int64_t> values);
     std::string errorText(const char* prefix) const;
+    // The current row's integer column, noting a value the program cannot
+    // read (BookValues.h); such a value is taken as SQLite converts it.
+    int64_t checkedInt(int column, IntegerRange range);
 
     // Report a transaction that could not begin or commit; true otherwise.
     bool beganOrReport(const Transaction& tx);
@@ -240,6 +272,9 @@ private:
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.
     bool rereadShownItems();
+    // The category name (kinds 1, 2) or partner asset name (kinds 3, 4) an
+    // entry shows, or "????"; valid until the list holding it is re-read.
+    const std::string& namaeOfRow(int64_t syubetuNo, int64_t himokuNo, int64_t idouSisanNo) const;
     // Opening amount + sum of entries per listed asset, by position, from one
     // pass over the entries; only the asset with onlySisanId when given.
     bool sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* onlySisanId = nullptr);

@@ -1,4 +1,8 @@
 // DataModel: balances recomputed from the entries, and their stored copies.
+#include <sqlite3.h>
+
+#include <utility>
+
 #include "store/DataModel.h"
 #include "store/Transaction.h"
 
@@ -18,13 +22,15 @@ bool DataModel::sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* o
     if (!prepare(sql, "error prepare sum of items: ", "information")) return false;
     zankin.resize(sisanList.size());
     for (size_t p = 0; p < sisanList.size(); ++p) zankin[p] = sisanList[p]->SyokiKingaku;
+    // Every value summed is checked as it is read: this pass is the start's
+    // check of the entries' figures (BookValues.h).
     return readRows("error step sum of items: ", "information", [&] {
-        const int64_t* position = sisanId2Idx.find(stmt.columnInt(0));
+        const int64_t kind = checkedInt(1, IntegerRange::Int32);
+        const int64_t* position = sisanId2Idx.find(checkedInt(0, IntegerRange::Int32));
         if (!position) return;  // rows of an asset that is no longer listed
-        const int64_t kind = stmt.columnInt(1);
         int64_t& sum = zankin[static_cast<size_t>(*position)];
-        if (isNyuukinKind(kind)) sum += stmt.columnInt(2);
-        if (isSyukkinKind(kind)) sum -= stmt.columnInt(3);
+        if (isNyuukinKind(kind)) sum += checkedInt(2, IntegerRange::Int32);
+        if (isSyukkinKind(kind)) sum -= checkedInt(3, IntegerRange::Int32);
     });
 }
 
@@ -39,7 +45,14 @@ bool DataModel::recomputeAllSisanZankin()
         changed.push_back(p);
     }
     totalOfZankinFrom_sisanList();
-    return changed.empty() || storeZankinOf(changed);
+    // Sums of values the program cannot read are never stored.
+    if (unreadableValueSeen) return false;
+    if (changed.empty()) return true;
+    if (deferCorrections) {
+        for (size_t p : changed) zankinPendingIds.insert(sisanList[p]->Id);
+        return true;
+    }
+    return storeZankinOf(changed);
 }
 
 bool DataModel::recomputeSisanZankin(int64_t sisanId)
@@ -57,7 +70,30 @@ bool DataModel::storeZankinOf(const std::vector<size_t>& positions)
     if (!beganOrReport(tx)) return false;
     for (size_t p : positions)
         if (!updateZankinRow(*sisanList[p])) return false;
-    return commitOrReport(tx);
+    if (tx.commit()) {
+        for (size_t p : positions) zankinPendingIds.erase(sisanList[p]->Id);
+        return true;
+    }
+    // Another program reading the book keeps the commit out. The balances
+    // shown are right; their stored copies follow when the book is free.
+    if ((sqlite3_errcode(db) & 0xff) == SQLITE_BUSY) {
+        for (size_t p : positions) zankinPendingIds.insert(sisanList[p]->Id);
+        return true;
+    }
+    someMessageWithAlert(errorText("failure committing a transaction: "));
+    return false;
+}
+
+bool DataModel::storePendingZankin()
+{
+    std::vector<size_t> positions;
+    for (const int64_t id : std::exchange(zankinPendingIds, {}))
+        if (const int64_t* p = sisanId2Idx.find(id)) positions.push_back(static_cast<size_t>(*p));
+    if (positions.empty()) return true;
+    sqlite3_busy_timeout(db, kCorrectionWaitMs);
+    const bool stored = storeZankinOf(positions) && zankinPendingIds.empty();
+    sqlite3_busy_timeout(db, busyTimeoutMs);
+    return stored;
 }
 
 bool DataModel::updateZankinRow(const Sisan& sisan)
@@ -81,5 +117,6 @@ bool DataModel::updateSisanZankinTable()
             return false;
         }
     }
+    zankinPendingIds.clear();  // every balance is in this write
     return !tx.began() || commitOrReport(tx);
 }

@@ -21,11 +21,13 @@ bool DataModel::readFromHimokuTable()
                  "stop the app"))
         return false;
     const bool read = readRows("error step selct from himoku: ", "stop the app", [this] {
-        const int64_t id = stmt.columnInt(0);
+        const int64_t id = checkedInt(0, IntegerRange::Int32);
+        const int64_t syubetuNo = checkedInt(1, IntegerRange::Int32);
+        const int64_t hno = checkedInt(3, IntegerRange::Int32);
+        const int64_t ucount = checkedInt(4, IntegerRange::Int32);
         himokuId2Idx[id] = static_cast<int64_t>(himokuList.size());
         himokuIdx2Id.push_back(id);
-        himokuList.push_back(std::make_shared<Himoku>(id, stmt.columnInt(1), stmt.columnText(2), stmt.columnInt(3),
-                                                      stmt.columnInt(4)));
+        himokuList.push_back(std::make_shared<Himoku>(id, syubetuNo, stmt.columnText(2), hno, ucount));
     });
     if (read) return true;
     // A tree cut short would lose sub-items from the lists and counts.

@@ -11,6 +11,31 @@
 namespace {
 
 const char* const kInsertStepFailure = "failure inserting item Syukkin,Nyuukin: ";
+const std::string kUnknownNamae = "????";  // the name of a row that names no category or asset
+
+// Copies text into a field of a reused row: into its buffer when that is
+// large enough, else into a new one of the text's length (an assignment
+// would take twice the short buffer's size, a waste on every row).
+void assignText(std::string& field, const std::string& text)
+{
+    if (text.size() <= field.capacity()) {
+        field.assign(text);
+    } else {
+        field = std::string(text);
+    }
+}
+
+// How many rows of a ledger have a kind the program does not know, and the
+// first few of their Ids: one message however many there are.
+std::string unknownKindsText(const std::vector<int64_t>& ids)
+{
+    constexpr size_t kNamed = 5;
+    std::string named;
+    for (size_t i = 0; i < ids.size() && i < kNamed; ++i) named += (i ? ", " : "") + std::to_string(ids[i]);
+    if (ids.size() > kNamed) named += " ほか";
+    return "種別の分からない行が " + std::to_string(ids.size()) + " 件あります（Id " + named +
+           "）。これらの行は残高に含めていません。";
+}
 
 }  // namespace
 
@@ -46,6 +71,7 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
         return false;
     const std::shared_ptr<ItemsArena> arena = emptyItemsArena();
     int64_t zankin = sisan->SyokiKingaku;
+    std::vector<int64_t> unknownKinds;  // Ids of rows of no known kind, told once after the read
     const bool read = readRows("error step selct from item: ", "stop the app", [&] {
         const int64_t id = stmt.columnInt(0);
         const int64_t kind = stmt.columnInt(6);
@@ -58,14 +84,27 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
         } else if (isNyuukinKind(kind)) {
             zankin += nyuukin;
         } else {
-            someMessageWithAlert("error in readFromItemTable IntToStr");
+            unknownKinds.push_back(id);
         }
-        Items& item = arena->emplace(
-            id, stmt.columnText(1), stmt.columnInt(2), stmt.columnInt(3), stmt.columnInt(4), stmt.columnInt(5),
-            kind, himokuNo, idouSisanNo, stmt.columnInt(9), nyuukin, syukkin, stmt.columnText(12),
-            getHimokuNamaeFromHimokuRowNo(kind, himokuNo, idouSisanNo),
-            isNyuukinKind(kind) ? formatWithGrouping(nyuukin) : std::string(),
-            isSyukkinKind(kind) ? formatWithGrouping(syukkin) : std::string(), zankin);
+        // Every field is written: the row may hold an earlier read's entry.
+        Items& item = arena->next();
+        item.Id = id;
+        item.Hizuke = stmt.columnText(1);
+        item.Nen = stmt.columnInt(2);
+        item.Tuki = stmt.columnInt(3);
+        item.Hi = stmt.columnInt(4);
+        item.SisanNo = stmt.columnInt(5);
+        item.SyubetuNo = kind;
+        item.HimokuNo = himokuNo;
+        item.IdouSisanNo = idouSisanNo;
+        item.IdouId = stmt.columnInt(9);
+        item.Nyuukin = nyuukin;
+        item.Syukkin = syukkin;
+        item.Bikou = stmt.columnText(12);
+        assignText(item.strHimoku, namaeOfRow(kind, himokuNo, idouSisanNo));
+        item.strNyuukin = isNyuukinKind(kind) ? formatWithGrouping(nyuukin) : std::string();
+        item.strSyukkin = isSyukkinKind(kind) ? formatWithGrouping(syukkin) : std::string();
+        item.Zankin = zankin;
         itemList.push_back(std::shared_ptr<Items>(arena, &item));
         itemIdx2Id.push_back(id);
     });
@@ -79,6 +118,7 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
     itemId2Idx.assignPositions(itemIdx2Id);
     updateSisanZankinList(sisanId, zankin);
     for (auto& flag : itemSortASC) flag.second = true;
+    if (!unknownKinds.empty()) someMessageWithAlert("error in readFromItemTable IntToStr", unknownKindsText(unknownKinds));
     return true;
 }
 
@@ -113,15 +153,26 @@ std::shared_ptr<Items> DataModel::readFromItem1Item(int64_t id)
 
 std::string DataModel::getHimokuNamaeFromHimokuRowNo(int64_t syubetuNo, int64_t himokuNo, int64_t idouSisanNo)
 {
-    if (syubetuNo == kSyubetuSisyutu || syubetuNo == kSyubetuSyuunyuu) return getHimokuNamaeFromNo(himokuNo);
-    if (syubetuNo == kSyubetuIdouMoto || syubetuNo == kSyubetuIdouSaki) return getSisanNamaeFromNo(idouSisanNo);
-    return "????";
+    return namaeOfRow(syubetuNo, himokuNo, idouSisanNo);
 }
 
 std::string DataModel::getHimokuNamaeFromNo(int64_t id)
 {
     const Himoku* himoku = findById(himokuList, himokuId2Idx, id);
-    return himoku ? himoku->Namae : "????";
+    return himoku ? himoku->Namae : kUnknownNamae;
+}
+
+const std::string& DataModel::namaeOfRow(int64_t syubetuNo, int64_t himokuNo, int64_t idouSisanNo) const
+{
+    if (syubetuNo == kSyubetuSisyutu || syubetuNo == kSyubetuSyuunyuu) {
+        const Himoku* himoku = findById(himokuList, himokuId2Idx, himokuNo);
+        return himoku ? himoku->Namae : kUnknownNamae;
+    }
+    if (syubetuNo == kSyubetuIdouMoto || syubetuNo == kSyubetuIdouSaki) {
+        const Sisan* sisan = findById(sisanList, sisanId2Idx, idouSisanNo);
+        return sisan ? sisan->Namae : kUnknownNamae;
+    }
+    return kUnknownNamae;
 }
 
 bool DataModel::insertItemRow(const char* sql, const char* prepareMessage, const std::string& hizuke, int64_t nen,

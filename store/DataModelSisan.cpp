@@ -15,12 +15,13 @@ bool DataModel::readFromSisanTable()
     clearSisanList();
     if (!prepare("SELECT * FROM Sisan", "error prepare selct from sisan: ", "stop the app")) return false;
     const bool read = readRows("error step selct from sisan: ", "stop the app", [this] {
-        const int64_t id = stmt.columnInt(0);
-        const int64_t zankin = stmt.columnInt64(3);
+        const int64_t id = checkedInt(0, IntegerRange::Int32);
+        const int64_t syokiKingaku = checkedInt(2, IntegerRange::Int32);
+        const int64_t zankin = checkedInt(3, IntegerRange::Int64);
         GrandTotalSisan += zankin;
         sisanId2Idx[id] = static_cast<int64_t>(sisanList.size());
         sisanIdx2Id.push_back(id);
-        sisanList.push_back(std::make_shared<Sisan>(id, stmt.columnText(1), stmt.columnInt(2), zankin));
+        sisanList.push_back(std::make_shared<Sisan>(id, stmt.columnText(1), syokiKingaku, zankin));
     });
     // A list cut short would have its missing assets written back as gone.
     if (!read) clearSisanList();

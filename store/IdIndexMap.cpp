@@ -4,19 +4,35 @@
 #include <stdexcept>
 #include <string>
 
+namespace {
+
+unsigned bitsFor(size_t capacity)
+{
+    unsigned bits = 0;
+    for (size_t c = capacity; c > 1; c >>= 1) ++bits;
+    return bits;
+}
+
+}  // namespace
+
 size_t IdIndexMap::slotOf(int64_t id) const
 {
-    // Fibonacci hashing spreads consecutive Ids over the table.
-    return static_cast<size_t>((static_cast<uint64_t>(id) * 0x9E3779B97F4A7C15ull) >> shift_);
+    // The Id's low bits with its higher bits folded onto them: the Ids of a
+    // ledger read come mostly in ascending order and then fill the table
+    // from one end to the other, one cache line after the next, while Ids
+    // a table's size apart still land apart.
+    auto key = static_cast<uint64_t>(id);
+    for (uint64_t higher = key >> bits_; higher != 0; higher >>= bits_) key ^= higher;
+    return static_cast<size_t>(key & (slots_.size() - 1));
 }
 
 const int64_t* IdIndexMap::find(int64_t id) const
 {
-    if (ids_.empty()) return nullptr;
-    const size_t mask = ids_.size() - 1;
+    if (slots_.empty()) return nullptr;
+    const size_t mask = slots_.size() - 1;
     for (size_t slot = slotOf(id);; slot = (slot + 1) & mask) {
-        if (ids_[slot] == id) return &positions_[slot];
-        if (ids_[slot] == kFree) return nullptr;
+        if (slots_[slot].id == id) return &slots_[slot].position;
+        if (slots_[slot].id == kFree) return nullptr;
     }
 }
 
@@ -28,54 +44,47 @@ int64_t IdIndexMap::at(int64_t id) const
 
 int64_t& IdIndexMap::operator[](int64_t id)
 {
-    if (2 * (size_ + 1) > ids_.size()) grow();  // keep at most half the slots in use
-    const size_t mask = ids_.size() - 1;
+    if (2 * (size_ + 1) > slots_.size()) grow();  // keep at most half the slots in use
+    const size_t mask = slots_.size() - 1;
     size_t slot = slotOf(id);
-    while (ids_[slot] != id && ids_[slot] != kFree) slot = (slot + 1) & mask;
-    if (ids_[slot] == kFree) {
-        ids_[slot] = id;
-        positions_[slot] = 0;
+    while (slots_[slot].id != id && slots_[slot].id != kFree) slot = (slot + 1) & mask;
+    if (slots_[slot].id == kFree) {
+        slots_[slot] = {id, 0};
         ++size_;
     }
-    return positions_[slot];
+    return slots_[slot].position;
 }
 
 void IdIndexMap::clear()
 {
-    // The arrays stay: the next read of a list of the same length reuses them.
-    std::fill(ids_.begin(), ids_.end(), kFree);
+    // The array stays: the next read of a list of the same length reuses it.
+    std::fill(slots_.begin(), slots_.end(), Slot{kFree, 0});
     size_ = 0;
 }
 
 void IdIndexMap::assignPositions(const std::vector<int64_t>& ids)
 {
-    // Size the table once for all ids, keeping the old arrays when they fit.
+    // Size the table once for all ids, keeping the old array when it fits.
     size_t capacity = 16;
     while (capacity < 2 * ids.size()) capacity *= 2;
-    if (ids_.size() == capacity) {
-        std::fill(ids_.begin(), ids_.end(), kFree);
+    if (slots_.size() == capacity) {
+        std::fill(slots_.begin(), slots_.end(), Slot{kFree, 0});
     } else {
-        ids_.assign(capacity, kFree);
-        positions_.assign(capacity, 0);
-        ids_.shrink_to_fit();
-        positions_.shrink_to_fit();
+        slots_.assign(capacity, Slot{kFree, 0});
+        slots_.shrink_to_fit();
     }
-    shift_ = 64;
-    for (size_t c = capacity; c > 1; c >>= 1) --shift_;
+    bits_ = bitsFor(capacity);
     size_ = 0;
     for (size_t p = 0; p < ids.size(); ++p) (*this)[ids[p]] = static_cast<int64_t>(p);
 }
 
 void IdIndexMap::grow()
 {
-    Slots oldIds = std::move(ids_);
-    Slots oldPositions = std::move(positions_);
-    const size_t capacity = oldIds.empty() ? 16 : 2 * oldIds.size();
-    ids_.assign(capacity, kFree);
-    positions_.assign(capacity, 0);
-    shift_ = 64;
-    for (size_t c = capacity; c > 1; c >>= 1) --shift_;
+    Slots old = std::move(slots_);
+    const size_t capacity = old.empty() ? 16 : 2 * old.size();
+    slots_.assign(capacity, Slot{kFree, 0});
+    bits_ = bitsFor(capacity);
     size_ = 0;
-    for (size_t i = 0; i < oldIds.size(); ++i)
-        if (oldIds[i] != kFree) (*this)[oldIds[i]] = oldPositions[i];
+    for (const Slot& slot : old)
+        if (slot.id != kFree) (*this)[slot.id] = slot.position;
 }

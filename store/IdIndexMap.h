@@ -7,8 +7,9 @@
 #include "store/LargeBlock.h"
 
 // A map from a row Id to the row's position in a list. Open addressing over
-// two flat arrays: a ledger of hundreds of thousands of rows is mapped with
-// two allocations instead of one node per row.
+// one flat array of (Id, position) slots: a ledger of hundreds of thousands
+// of rows is mapped with one allocation instead of one node per row, and
+// each insertion or lookup touches one cache line.
 class IdIndexMap {
 public:
     // The position stored for id, inserting 0 when id is new.
@@ -26,11 +27,14 @@ public:
 
 private:
     static constexpr int64_t kFree = INT64_MIN;  // no Id of a 32-bit column takes this value
-    using Slots = std::vector<int64_t, LargeBlockAllocator<int64_t>>;
-    Slots ids_;
-    Slots positions_;
+    struct Slot {
+        int64_t id;
+        int64_t position;
+    };
+    using Slots = std::vector<Slot, LargeBlockAllocator<Slot>>;
+    Slots slots_;
     size_t size_ = 0;
-    unsigned shift_ = 64;
+    unsigned bits_ = 0;  // log2 of the table size
 
     size_t slotOf(int64_t id) const;
     void grow();

@@ -27,3 +27,34 @@ bool createImportTables(sqlite3* db)
         if (!runControlStatement(db, sql)) return false;
     return true;
 }
+
+const std::vector<TableLayout>& importBookTables()
+{
+    static const std::vector<TableLayout> tables{
+        {"ImportRecord",
+         {{"Id", "INTEGER", true},
+          {"FileName", "TEXT"},
+          {"FileHash", "TEXT"},
+          {"Layout", "TEXT"},
+          {"LayoutName", "TEXT"},
+          {"Account", "TEXT"},
+          {"ImportedAt", "TEXT"},
+          {"SisanNo", "INTEGER"},
+          {"RowsRead", "INTEGER"},
+          {"RowsImported", "INTEGER"},
+          {"RowsAlready", "INTEGER"},
+          {"RowsRefused", "INTEGER"}}},
+        {"ImportOrigin",
+         {{"ItemId", "INTEGER", true},
+          {"ImportId", "INTEGER"},
+          {"SisanNo", "INTEGER"},
+          {"IdKey", "TEXT"},
+          {"ContentKey", "TEXT"},
+          {"Text", "TEXT"}}},
+        {"ImportCategory",
+         {{"Id", "INTEGER", true}, {"Layout", "TEXT"}, {"MatchKey", "TEXT"}, {"SyubetuNo", "INTEGER"}, {"HimokuNo", "INTEGER"}}},
+        {"ImportProfile", {{"Id", "INTEGER", true}, {"Namae", "TEXT"}, {"Mapping", "TEXT"}}},
+        {"ImportAccount", {{"Id", "INTEGER", true}, {"Layout", "TEXT"}, {"Account", "TEXT"}, {"SisanNo", "INTEGER"}}},
+    };
+    return tables;
+}

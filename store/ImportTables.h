@@ -1,5 +1,9 @@
 #pragma once
 
+#include <vector>
+
+#include "store/BookTables.h"
+
 struct sqlite3;
 
 // The tables the statement import keeps in the book beside Sisan, Items and
@@ -22,3 +26,6 @@ struct sqlite3;
 // Creates the tables that are missing; nothing else changes. False on a
 // failure, SQLite's message then on the connection.
 bool createImportTables(sqlite3* db);
+
+// The five tables as the book check compares them (BookTables.h).
+const std::vector<TableLayout>& importBookTables();

@@ -89,8 +89,11 @@ bool insertCategory(sqlite3* db, int kind, const char* name, std::string* error)
     return true;
 }
 
-bool createDatabase(const fs::path& target, std::string* error)
+}  // namespace
+
+bool createStarterBook(const std::string& path, std::string* error)
 {
+    const fs::path target = path;
     // Build the book under a temporary name and move it into place only when
     // it is complete.
     const fs::path temp = target.string() + ".new";
@@ -117,8 +120,6 @@ bool createDatabase(const fs::path& target, std::string* error)
     return true;
 }
 
-}  // namespace
-
 std::string resourceDirectory()
 {
     const char* xdg = std::getenv("XDG_DATA_HOME");
@@ -143,7 +144,7 @@ bool provisionBook(const std::string& path, std::string* error)
     if (ec) return fail(error, "cannot create " + dir.string() + ": " + ec.message());
     // An empty file is what an interrupted first start or `touch` leaves: it
     // holds no data, so it is provisioned like a missing one.
-    if (!fs::exists(database, ec) || fs::file_size(database, ec) == 0) return createDatabase(database, error);
+    if (!fs::exists(database, ec) || fs::file_size(database, ec) == 0) return createStarterBook(database.string(), error);
 
     Connection c;
     if (sqlite3_open_v2(database.c_str(), &c.db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)

@@ -18,6 +18,10 @@ bool provisionResourceDirectory(const std::string& dir, std::string* error);
 // The same for the book at path, creating its folder when missing.
 bool provisionBook(const std::string& path, std::string* error);
 
+// Puts a new starter book at path, replacing any file there only once the
+// new one is complete.
+bool createStarterBook(const std::string& path, std::string* error);
+
 // Creates a database at path with the three tables, the indexes and the
 // import's tables and no rows (the benchmark and the tests start from it).
 bool createEmptyDatabase(const std::string& path, std::string* error);

@@ -55,12 +55,17 @@ int Statement::bindNull(int index)
 
 int64_t Statement::columnInt(int column) const
 {
-    return sqlite3_column_int(stmt_, column);
+    return sqlite3_column_int64(stmt_, column);
 }
 
 int64_t Statement::columnInt64(int column) const
 {
     return sqlite3_column_int64(stmt_, column);
+}
+
+std::optional<int64_t> Statement::columnReadable(int column, IntegerRange range) const
+{
+    return readableInteger(sqlite3_column_value(stmt_, column), range);
 }
 
 std::string Statement::columnText(int column) const

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+
+#include "store/BookValues.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -34,9 +37,13 @@ public:
     int bindInt64(int index, int64_t value);
     int bindNull(int index);
 
-    // Column readers of the current row; NULL reads as 0 or "".
-    int64_t columnInt(int column) const;    // a 32-bit column, widened
+    // Column readers of the current row; NULL reads as 0 or "". Integers
+    // are read whole: a value beyond 32 bits is never wrapped round.
+    int64_t columnInt(int column) const;
     int64_t columnInt64(int column) const;  // a balance or a sum of amounts
+    // The column's integer when the program can read it (BookValues.h):
+    // none for text, a fraction or a value out of range.
+    std::optional<int64_t> columnReadable(int column, IntegerRange range) const;
     std::string columnText(int column) const;
     bool columnIsNull(int column) const;
     // A SUM column read through its decimal text, which keeps all 64 bits.

@@ -26,3 +26,8 @@ QString dateStamp(const QDate& date)
     // "yyyy" is the calendar year: 30 and 31 December stay in their year.
     return date.toString(QStringLiteral("yyyy年MM月dd日"));
 }
+
+QString fileDateStamp(const QDate& date)
+{
+    return date.toString(QStringLiteral("yyyyMMdd"));
+}

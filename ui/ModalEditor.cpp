@@ -1,5 +1,9 @@
 #include "ui/ModalEditor.h"
 
+#include <QKeyEvent>
+
+#include "ui/BoxKeys.h"
+
 ModalEditor::ModalEditor(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint)
 {
@@ -12,4 +16,9 @@ void ModalEditor::done(int result)
     if (disappeared) return;
     disappeared = true;
     viewWillDisappear();
+}
+
+void ModalEditor::keyPressEvent(QKeyEvent* event)
+{
+    if (!pressFocusedButton(*event)) QDialog::keyPressEvent(event);
 }

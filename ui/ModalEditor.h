@@ -29,6 +29,8 @@ public:
 
 protected:
     virtual void viewWillDisappear() = 0;
+    // Enter on a focused button presses that button.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     bool disappeared = false;

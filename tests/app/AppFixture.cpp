@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <algorithm>
 #include <QInputMethodEvent>
 #include <QComboBox>
 #include <QDateEdit>
@@ -23,6 +24,20 @@ void AppFixture::click(const char* button)
     auto* b = find<QAbstractButton>(button);
     ASSERT_TRUE(b->isVisible() && b->isEnabled()) << button;
     QTest::mouseClick(b, Qt::LeftButton);
+}
+
+void AppFixture::pressKeys(QKeyCombination keys)
+{
+    QWidget* focused = QApplication::focusWidget();
+    ASSERT_NE(focused, nullptr) << "no widget has the keyboard focus";
+    QWidget* window = focused->window();
+    QTest::keyClick(focused, keys.key(), keys.keyboardModifiers());
+    // A button's shortcut shows the button pressed for a moment, then clicks it.
+    const auto anyDown = [window] {
+        const auto buttons = window->findChildren<QAbstractButton*>();
+        return std::any_of(buttons.begin(), buttons.end(), [](const QAbstractButton* b) { return b->isDown(); });
+    };
+    for (int waited = 0; waited < 2000 && anyDown(); waited += 10) QTest::qWait(10);
 }
 
 void AppFixture::type(const char* field, const QString& text)
@@ -74,7 +89,7 @@ void AppFixture::clickHeader(const char* table, const char* title)
 void AppFixture::enterNew(const char* kind, const QString& combo, const QString& kingaku, const QDate& date,
                           const QString& bikou)
 {
-    click("btnNewItem");
+    pressKeys(Qt::CTRL | Qt::Key_N);
     click(kind);
     if (!combo.isEmpty()) pickCombo(combo);
     find<QDateEdit>("itemDataDatePicker")->setDate(date);

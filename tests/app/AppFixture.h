@@ -29,6 +29,8 @@ protected:
     bool panelShown() { return find<QWidget>("itemData")->isVisible(); }
 
     void click(const char* button);
+    // Presses keys on the widget that has the keyboard focus, as a user does.
+    void pressKeys(QKeyCombination keys);
     void type(const char* field, const QString& text);  // replaces the field's text
     void pickCombo(const QString& text);                // in the panel's category list
     void selectRow(const char* table, int row);

@@ -3,6 +3,7 @@
 #include <QDateEdit>
 #include <QGroupBox>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QTableView>
 
@@ -115,7 +116,7 @@ TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
     const int64_t out = addEntry(saifu, "2024-01-20", 1, gaisyoku, 300);
     start();
     selectRow("tblItem", 0);
-    click("btnEditUpdateItem");
+    pressKeys(Qt::CTRL | Qt::Key_E);
     EXPECT_EQ(panel(), "編集更新|収入|給与/その他|500||disabled");
     EXPECT_FALSE(find<QTableView>("tblSisan")->isEnabled());
     EXPECT_EQ(find<QDateEdit>("itemDataDatePicker")->date(), QDate(2024, 1, 10));
@@ -128,8 +129,10 @@ TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
     EXPECT_TRUE(find<QTableView>("tblItem")->isEnabled());
     EXPECT_EQ(dumpAll(), before);
 
-    // A new entry after the cancelled edit starts as an expense with the edit's amount.
-    click("btnNewItem");
+    // A new entry after the cancelled edit starts as an expense with the
+    // edit's amount; Enter on the focused button opens it.
+    find<QPushButton>("btnNewItem")->setFocus();
+    pressKeys(Qt::Key_Return);
     EXPECT_EQ(panel(), "新規追加|支出||500||enabled");
 
     // Income turned into an expense: the amount moves to Syukkin. Enter confirms.
@@ -184,12 +187,14 @@ TEST_F(EntryEditorTest, DeletingAsksFirstAndTakesBothSidesOfATransfer)
               (Messages{{"資産移動したデータは編集できません。必要なら、削除してから新規にデータを追加してください。",
                          "information"}}));
 
-    // "しない" keeps everything.
+    // "しない" keeps everything; Ctrl+D on the focused list asks at each press.
     const std::string before = dumpAll();
-    answers = {false, false};
+    answers = {false, false, false};
     click("btnDeleteItem");
     selectRow("tblItem", 0);
-    click("btnDeleteItem");
+    pressKeys(Qt::CTRL | Qt::Key_D);
+    pressKeys(Qt::CTRL | Qt::Key_D);
+    EXPECT_EQ(questions.size(), 3u);
     EXPECT_EQ(dumpAll(), before);
 
     // From the source side: the question names the destination.
@@ -202,6 +207,7 @@ TEST_F(EntryEditorTest, DeletingAsksFirstAndTakesBothSidesOfATransfer)
     selectRow("tblItem", 0);
     click("btnDeleteItem");
     EXPECT_EQ(questions, (Rows{"選択された行のデータと、移動先:銀行|削除する|しない",
+                               "選択した行のデータを削除しますか？|削除する|しない",
                                "選択した行のデータを削除しますか？|削除する|しない",
                                "選択された行のデータと、移動先:銀行|削除する|しない",
                                "選択された行のデータと、移動元:財布|削除する|しない"}));

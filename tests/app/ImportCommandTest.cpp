@@ -134,7 +134,7 @@ TEST_F(ImportCommandTest, RefusesWhileTheWindowHasTheBookOpen)
     window.setProcessEnvironment(env);
     window.start(QStringLiteral(ZENVORA_BINARY), {"--book", QString::fromStdString(book)});
     ASSERT_TRUE(window.waitForStarted(kWaitMs));
-    QTRY_VERIFY_WITH_TIMEOUT(SingleInstance::askRunningToRaise(book, 500), kWaitMs);
+    QTRY_VERIFY_WITH_TIMEOUT(SingleInstance::askRunning(book, 500).answer == SingleInstance::Answer::Raised, kWaitMs);
 
     Outcome refused = zenvora({"--import", sample("rakuten_card_202610.csv"), "--asset", "楽天カード"});
     EXPECT_EQ(refused.exitCode, 1);

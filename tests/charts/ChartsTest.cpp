@@ -9,6 +9,8 @@
 #include <QPieSeries>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QValueAxis>
+#include <cmath>
 #include <filesystem>
 
 #include "charts/AnnualChartsView.h"
@@ -92,6 +94,11 @@ TEST_F(ChartsTest, AnnualChartsHoldTheYearsFiguresWithTheSmallCategoriesAsTheRes
     EXPECT_EQ(values(bars[0]->barSets()[1]), months(dm.annualTotalDataList[1]));
     EXPECT_EQ(ys(lines[0]), months(dm.annualTotalDataList[2]));
     EXPECT_EQ(ys(lines[0])[1], -55000);  // February ends in the red
+    // The value axis reaches below it to a labelled tick.
+    const auto* axis = qobject_cast<QValueAxis*>(in<QChartView>(&view, "chartMonthly")->chart()->axes(Qt::Vertical).front());
+    ASSERT_NE(axis, nullptr);
+    EXPECT_LE(axis->min(), -55000);
+    EXPECT_EQ(std::fmod(axis->min(), axis->tickInterval()), 0);
 
     const auto pies = seriesOf<QPieSeries>(&view, "chartExpense");
     ASSERT_EQ(pies.size(), 1);
@@ -103,7 +110,7 @@ TEST_F(ChartsTest, AnnualChartsHoldTheYearsFiguresWithTheSmallCategoriesAsTheRes
     }
     EXPECT_EQ(amounts, (std::vector<int64_t>{10500, 9000, 8000, 7000, 6000, 5000, 4000, 3000, 3000}));
     EXPECT_EQ(labels.front(), QStringLiteral("食費　10,500円（18.9%）"));
-    EXPECT_EQ(labels.back(), QStringLiteral("その他　3,000円（5.4%）"));
+    EXPECT_EQ(labels.back(), QStringLiteral("その他の費目　3,000円（5.4%）"));
     EXPECT_EQ(view.sliceToolTip(1), QStringLiteral("住居\n9,000円（16.2%）"));
 
     ASSERT_TRUE(dm.annualInOutFromItemsTable("2023"));
@@ -123,6 +130,7 @@ TEST_F(ChartsTest, HistoryDrawsTheStoresTotalAndTheCheckedAssetsAndSavesAPngOfIt
 {
     const int64_t genkin = addSisan("現金", 1000, 0);
     const int64_t ginkou = addSisan("銀行", 0, 0);
+    addSisan("Bank", 0, 0);
     addCategory(1, "食費");
     DataModel& dm = open();
     SisanHistoryChartView view(dm);
@@ -143,7 +151,9 @@ TEST_F(ChartsTest, HistoryDrawsTheStoresTotalAndTheCheckedAssetsAndSavesAPngOfIt
 
     auto* list = in<QListView>(&view, "lstSisan");
     QAbstractItemModelTester tester(list->model());
-    ASSERT_EQ(list->model()->rowCount(), 2);
+    ASSERT_EQ(list->model()->rowCount(), 3);
+    // A Latin-only name gets as high a row as a Japanese one.
+    EXPECT_EQ(list->visualRect(list->model()->index(2, 0)).height(), list->visualRect(list->model()->index(0, 0)).height());
     list->model()->setData(list->model()->index(1, 0), Qt::Checked, Qt::CheckStateRole);
     lines = seriesOf<QLineSeries>(&view, "chartHistory");
     ASSERT_EQ(lines.size(), 2);
@@ -159,7 +169,11 @@ TEST_F(ChartsTest, HistoryDrawsTheStoresTotalAndTheCheckedAssetsAndSavesAPngOfIt
     }
     const QImage saved(QString::fromStdString(dir + "/history.png"));
     EXPECT_EQ(saved.size(), in<QChartView>(&view, "chartHistory")->size());
-    EXPECT_EQ(takeMessages(), (Messages{{"画像を保存できませんでした: " + missing, "information"}}));
+    // No Documents folder at home: the first dialogs start at home.
+    EXPECT_EQ(proposedPaths, (QStringList{QString::fromStdString(dir + "/資産推移_20240415.png"),
+                                          QString::fromStdString(dir + "/資産推移_20240415.png"),
+                                          QString::fromStdString(dir + "/資産推移_20240415.png")}));
+    EXPECT_EQ(takeMessages(), (Messages{{"「" + missing + "」を保存できませんでした。", "保存先のフォルダがありません。"}}));
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QAbstractItemModelTester>
-#include <QAction>
 #include <QApplication>
 #include <QGroupBox>
 #include <QItemSelectionModel>
@@ -41,17 +40,22 @@ protected:
         return *editor;
     }
 
-    // Opens the editor through the menu action and runs `work` on it while
-    // it is shown modally; closes it afterwards if `work` did not.
-    void throughMenu(const char* action, const std::function<void(Editor&)>& work)
+    // Opens the editor with its keys in the main window and runs `work` on
+    // it while it is shown modally; closes it afterwards if `work` did not.
+    void throughKeys(QKeyCombination keys, const std::function<void(Editor&)>& work)
     {
+        vc->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(vc.get()));
+        bool shown = false;
         QTimer::singleShot(0, [&] {
-            auto* shown = qobject_cast<Editor*>(QApplication::activeModalWidget());
-            ASSERT_NE(shown, nullptr) << "no modal editor";
-            work(*shown);
-            if (shown->isVisible()) shown->done(0);
+            auto* modal = qobject_cast<Editor*>(QApplication::activeModalWidget());
+            ASSERT_NE(modal, nullptr) << "no modal editor";
+            shown = true;
+            work(*modal);
+            if (modal->isVisible()) modal->done(0);
         });
-        find<QAction>(action)->trigger();
+        pressKeys(keys);
+        EXPECT_TRUE(shown);
     }
 
     // The box's title, or "(hidden)".

@@ -1,3 +1,4 @@
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QPushButton>
 
@@ -138,7 +139,7 @@ TEST_F(HimokuEditorTest, PreparingAndRefusingLeaveTheBookAlone)
 TEST_F(HimokuEditorTest, EachOperationReachesTheBookAndTheWindowFollowsOnClose)
 {
     start();
-    throughMenu("mnuShowPrefsHimoku", [&](PrefsHimokuViewController&) {
+    throughKeys(Qt::CTRL | Qt::SHIFT | Qt::Key_H, [&](PrefsHimokuViewController&) {
         prepare(-1, "btnHimokuTuika");
         pickKind(0);
         type("txtHimokuMeisyou", "  旅行 ");
@@ -177,6 +178,114 @@ TEST_F(HimokuEditorTest, EachOperationReachesTheBookAndTheWindowFollowsOnClose)
     EXPECT_EQ(shown("tblItem"), Rows{"2024-01-01|食料/その他||100|9,900"});
     EXPECT_EQ(shown("tblSisan"), (Rows{"S|9,900", "T|500"}));
     EXPECT_EQ(label("lblSisanSouGoukei"), "10,400");
+}
+
+TEST_F(HimokuEditorTest, KeysPrepareOnTheListAndAnOpenKindListKeepsItsEnterAndEscape)
+{
+    openEditor();
+    const std::string before = dumpAll();
+    EXPECT_TRUE(find<QTableView>("tblHimokuKoumoku")->hasFocus());
+
+    // Enter on the focused cancel button cancels.
+    selectRow("tblHimokuKoumoku", 0);
+    pressKeys(Qt::CTRL | Qt::Key_E);
+    EXPECT_EQ(box(), "費目名称の編集|この費目の編集更新の実行|この更新の取消|NYN|0|食費||1|1|2");
+    find<QPushButton>("btnHimokuKoumokuCancelLabel")->setFocus();
+    pressKeys(Qt::Key_Return);
+    EXPECT_EQ(box(), "(hidden)");
+
+    // In the open kind list Enter picks a kind and Escape closes the list;
+    // the box stays, with nothing stored.
+    pressKeys(Qt::CTRL | Qt::Key_N);
+    auto* kind = find<QComboBox>("cmbHimokuSyubetuNo");
+    EXPECT_TRUE(kind->hasFocus());
+    kind->showPopup();
+    kind->view()->setCurrentIndex(kind->model()->index(1, 0));
+    QTest::keyClick(kind->view(), Qt::Key_Return);
+    EXPECT_FALSE(kind->view()->isVisible());
+    kind->showPopup();
+    QTest::keyClick(kind->view(), Qt::Key_Escape);
+    EXPECT_FALSE(kind->view()->isVisible());
+    EXPECT_EQ(box(), "費目の追加|この費目の追加の実行|この追加の取消|YYN|1|||1|1|2");
+    EXPECT_EQ(dumpAll(), before);
+    // The offscreen platform leaves the closed list active; a desktop gives
+    // the editor its activation back.
+    editor->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(editor.get()));
+    type("txtHimokuMeisyou", "賞与");
+    pressKeys(Qt::Key_Return);
+    EXPECT_EQ(shown("tblHimokuKoumoku")[5], "＊|賞与|2");
+
+    // Ctrl+Shift+N adds a sub-item to the selected category. On the list,
+    // Ctrl+D and the Delete key prepare a delete of the row at each press;
+    // Escape gives the keyboard back to the list.
+    selectRow("tblHimokuKoumoku", 3);
+    pressKeys(Qt::CTRL | Qt::SHIFT | Qt::Key_N);
+    type("txtUtiwakeMeisyou", "手当");
+    pressKeys(Qt::Key_Return);
+    EXPECT_EQ(shown("tblHimokuKoumoku")[5], "|給与/手当|2");
+    selectRow("tblHimokuKoumoku", 5);
+    for (const QKeyCombination keys : {Qt::CTRL | Qt::Key_D, Qt::CTRL | Qt::Key_D, QKeyCombination(Qt::Key_Delete)}) {
+        pressKeys(keys);
+        EXPECT_EQ(box(), "内訳項目の削除|この内訳の削除の実行|この削除の取消|NNN|1|給与|手当|8|4|2");
+        pressKeys(Qt::Key_Escape);
+        EXPECT_EQ(box(), "(hidden)");
+        EXPECT_TRUE(find<QTableView>("tblHimokuKoumoku")->hasFocus());
+    }
+    pressKeys(Qt::CTRL | Qt::Key_W);
+    EXPECT_FALSE(editor->isVisible());
+}
+
+TEST_F(HimokuEditorTest, SlashesAndNamesOfAnotherRowAreRefusedAndOldDoublesStillEdit)
+{
+    exec("INSERT INTO Himoku VALUES (6, 1, '食費/外食', 1, 0)");  // an older book's second 外食
+    exec("UPDATE Himoku SET Ucount = 3 WHERE Id = 1");
+    openEditor();
+    const std::string before = dumpAll();
+    // Kind, category, sub-item for a new category, then a new sub-item of
+    // 食費, then renaming 給与 and 食費/その他.
+    const struct {
+        int row;
+        const char* button;
+        int kind;
+        const char* himoku;
+        const char* utiwake;
+    } refused[] = {
+        {-1, "btnHimokuTuika", 0, "旅行/国内", ""}, {-1, "btnHimokuTuika", 0, " 食費 ", ""},
+        {0, "btnUtiwakeTuika", 0, "", "外/食"},     {0, "btnUtiwakeTuika", 0, "", "外食"},
+        {4, "btnHimokuHensyuu", 1, "給/与", ""},    {1, "btnHimokuHensyuu", 0, "", "外食"},
+    };
+    for (const auto& r : refused) {
+        prepare(r.row, r.button);
+        if (r.row < 0) pickKind(r.kind);
+        if (*r.himoku) type("txtHimokuMeisyou", QString::fromUtf8(r.himoku));
+        if (*r.utiwake) type("txtUtiwakeMeisyou", QString::fromUtf8(r.utiwake));
+        click("btnHimokuKoumokuOkLabel");
+    }
+    const Message slash{"費目と内訳の名前には「/」を使えません。", "information"};
+    EXPECT_EQ(takeMessages(),
+              (Messages{slash, {"同じ種別に同じ名前の費目がすでにあります。別の名前にしてください。", "information"}, slash,
+                        {"この費目には同じ名前の内訳がすでにあります。別の名前にしてください。", "information"}, slash,
+                        {"この費目には同じ名前の内訳がすでにあります。別の名前にしてください。", "information"}}));
+    EXPECT_EQ(dumpAll(), before);
+
+    // Another kind may have the name; a doubled sub-item keeps its own name;
+    // the composed and decomposed ガ are one name.
+    prepare(-1, "btnHimokuTuika");
+    pickKind(1);
+    type("txtHimokuMeisyou", "食費");
+    click("btnHimokuKoumokuOkLabel");
+    prepare(3, "btnHimokuHensyuu");
+    type("txtUtiwakeMeisyou", "外食 ");
+    click("btnHimokuKoumokuOkLabel");
+    prepare(0, "btnUtiwakeTuika");
+    type("txtUtiwakeMeisyou", "ガス");
+    click("btnHimokuKoumokuOkLabel");
+    prepare(0, "btnUtiwakeTuika");
+    type("txtUtiwakeMeisyou", "\u30AB\u3099ス");
+    click("btnHimokuKoumokuOkLabel");
+    EXPECT_EQ(takeMessages(), (Messages{{"この費目には同じ名前の内訳がすでにあります。別の名前にしてください。", "information"}}));
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM Himoku WHERE Namae IN ('食費', '食費/外食 ', '食費/ガス')"), 4);
 }
 
 // A category named "/" gives sub-item names that split into one piece.

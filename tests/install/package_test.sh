@@ -10,7 +10,7 @@ trap 'rm -rf "$out"' EXIT
 deb=$(ls "$out"/zenvora_"$version"_*.deb)
 
 depends=$(dpkg-deb --field "$deb" Depends)
-for needed in libqt6widgets6 libqt6gui6 libqt6core6 libsqlite3-0 libcairo2 libpango-1.0-0 libqt6charts6 fonts-noto-cjk fonts-urw-base35; do
+for needed in libqt6widgets6 libqt6gui6 libqt6core6 libsqlite3-0 libcairo2 libpango-1.0-0 libqt6charts6 fonts-noto-cjk fonts-urw-base35 qt6-translations-l10n; do
   grep -q "\b$needed\b" <<<"$depends" || { echo "Depends lacks $needed: $depends"; exit 1; }
 done
 [ "$(dpkg-deb --field "$deb" Package)" = zenvora ]

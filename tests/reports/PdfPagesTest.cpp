@@ -1,8 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <memory>
+#include <regex>
+#include <sstream>
+#include <tuple>
 
 #include "reports/AnnualReportPDFPage.h"
 #include "reports/AnnualReportRows.h"
@@ -10,6 +15,7 @@
 #include "reports/PdfDocument.h"
 #include "reports/RecordingCanvas.h"
 #include "reports/SisanReportPDFPage.h"
+#include "store/Money.h"
 #include "store/Sisan.h"
 
 namespace {
@@ -31,8 +37,8 @@ TEST(PageRoutinesTest, AmountsFillTheirFieldFromTheRightAndPointsBecomePdfSpace)
         int digits;
         const char* field;
     } cases[] = {
-        {0, 10, "         0"},          {-500, 10, "      -500"},   {1234567, 10, " 1,234,567"},
-        {123456789, 10, "23,456,789"},  {-10000000, 10, "10,000,000"}, {1234, 3, "234"},
+        {0, 10, "         0"},           {-500, 10, "      -500"},    {1234567, 10, " 1,234,567"},
+        {123456789, 10, "123,456,789"}, {-10000000, 10, "-10,000,000"}, {1234, 3, "1,234"},
         {7, 0, "7"},
     };
     for (const auto& c : cases) EXPECT_EQ(int2stringWithComma(c.amount, c.digits), c.field) << c.amount;
@@ -92,19 +98,21 @@ TEST(AnnualReportPDFPageTest, APageDrawsItsFrameTitleHeadingsAndRowsWhereTheyBel
     // Title, 14 headings, 12 rows of a label and 13 amounts.
     ASSERT_EQ(canvas.texts.size(), 1u + 14u + 12u * 14u);
     const auto& t = canvas.texts;
-    EXPECT_EQ(t[0], (Text{"2019 年度\u3000レポート\u30002019年01月15日", {50, 545, 300, 30}, {"Helvetica", 12}, {}}));
-    EXPECT_EQ(t[1], (Text{" 名\u3000称", {25, 503, 160, 20}, kTable, {}}));
-    EXPECT_EQ(t[2], (Text{"     1 月", {185, 503, 50, 20}, kTable, {}}));
-    EXPECT_EQ(t[13], (Text{"    12 月", {735, 503, 50, 20}, kTable, {}}));
-    EXPECT_EQ(t[14], (Text{"      計", {785, 503, 55, 20}, kTable, {}}));
-    // The first row: its label, January ending 3 points before February's
-    // edge, and the year total ending before the right border.
-    EXPECT_EQ(t[15], (Text{"row0", {25, 483, 160, 20}, kTable, {}}));
-    EXPECT_EQ(t[16], (Text{"         0", {185, 483, 50, 20}, kTable, 227.0}));
-    EXPECT_EQ(t[28], (Text{"         0", {785, 483, 55, 20}, kTable, 832.0}));
+    const TextFit wrap = TextFit::Wrap;
+    EXPECT_EQ(t[0], (Text{"2019 年度\u3000レポート\u30002019年01月15日", {50, 545, 300, 30}, {"Helvetica", 12}, wrap}));
+    EXPECT_EQ(t[1], (Text{" 名\u3000称", {25, 503, 160, 20}, kTable, wrap}));
+    EXPECT_EQ(t[2], (Text{"     1 月", {185, 503, 50, 20}, kTable, wrap}));
+    EXPECT_EQ(t[13], (Text{"    12 月", {735, 503, 50, 20}, kTable, wrap}));
+    EXPECT_EQ(t[14], (Text{"      計", {785, 503, 55, 20}, kTable, wrap}));
+    // The first row: its label inside the label column, January between
+    // its rules (1.5 points from the left one, 3 from the right one), and
+    // the year total before the right border.
+    EXPECT_EQ(t[15], (Text{"row0", {25, 483, 150, 20}, kTable, TextFit::ShrinkLeft}));
+    EXPECT_EQ(t[16], (Text{"0", {181.5, 483, 45.5, 20}, kTable, TextFit::ShrinkRight}));
+    EXPECT_EQ(t[28], (Text{"0", {781.5, 483, 50.5, 20}, kTable, TextFit::ShrinkRight}));
     // The last row (the balance) 11 rows further down.
-    EXPECT_EQ(t[15 + 11 * 14], (Text{"row11", {25, 263, 160, 20}, kTable, {}}));
-    EXPECT_EQ(t[15 + 11 * 14 + 1].text, "        11");
+    EXPECT_EQ(t[15 + 11 * 14], (Text{"row11", {25, 263, 150, 20}, kTable, TextFit::ShrinkLeft}));
+    EXPECT_EQ(t[15 + 11 * 14 + 1].text, "11");
 
     // An impossible grid column is reported and drawn at the left edge.
     testing::internal::CaptureStdout();
@@ -139,7 +147,7 @@ TEST(AnnualReportPDFPageTest, RowsGoTwentyFourToAPageWithTheTotalsLinesWhereThei
     // A page of 24 rows fills its frame to the last row.
     RecordingCanvas canvas;
     annualReportPages("2019", combined(10, 11), stamp)[0]->draw(canvas);
-    EXPECT_EQ(canvas.texts.back().rect, (PageRect{785, 23, 55, 20}));
+    EXPECT_EQ(canvas.texts.back().rect, (PageRect{781.5, 23, 50.5, 20}));
     EXPECT_EQ(canvas.lines.back(), underTotal(24));
 }
 
@@ -169,14 +177,17 @@ TEST(SisanReportPDFPageTest, APageDrawsTheFullFrameTheAssetsAndTheTotal)
     // Title, date, two headings, 7 assets of two texts, the total.
     ASSERT_EQ(canvas.texts.size(), 4u + 14u + 1u);
     const auto& t = canvas.texts;
-    EXPECT_EQ(t[0], (Text{"資産レポート", {100, 740, 120, 30}, {"Helvetica", 14}, {}}));
-    EXPECT_EQ(t[1], (Text{"2019年01月15日", {300, 740, 140, 20}, kText, {}}));
-    EXPECT_EQ(t[2], (Text{" 名\u3000称", {54, 661, 60, 20}, kText, {}}));
-    EXPECT_EQ(t[3], (Text{"   金額（円）", {254, 661, 100, 20}, kText, {}}));
-    EXPECT_EQ(t[4], (Text{"asset0", {54, 640, 200, 20}, kText, {}}));
-    EXPECT_EQ(t[5], (Text{"    -3,000", {266, 640, 100, 20}, kText, 342.0}));
-    EXPECT_EQ(t[16], (Text{"asset6", {54, 490, 200, 20}, kText, {}}));
-    EXPECT_EQ(t[18], (Text{"合\u3000計\u3000\u3000 1,234,567 円", {210, 140, 160, 20}, kText, {}}));
+    const TextFit wrap = TextFit::Wrap;
+    EXPECT_EQ(t[0], (Text{"資産レポート", {100, 740, 120, 30}, {"Helvetica", 14}, wrap}));
+    EXPECT_EQ(t[1], (Text{"2019年01月15日", {300, 740, 140, 20}, kText, wrap}));
+    EXPECT_EQ(t[2], (Text{" 名\u3000称", {54, 661, 60, 20}, kText, wrap}));
+    EXPECT_EQ(t[3], (Text{"   金額（円）", {254, 661, 100, 20}, kText, wrap}));
+    // Names and balances inside their columns, 4 points from the rules on
+    // the left, the balance 8 from the right border.
+    EXPECT_EQ(t[4], (Text{"asset0", {54, 640, 192, 20}, kText, TextFit::ShrinkLeft}));
+    EXPECT_EQ(t[5], (Text{"-3,000", {254, 640, 88, 20}, kText, TextFit::ShrinkRight}));
+    EXPECT_EQ(t[16], (Text{"asset6", {54, 490, 192, 20}, kText, TextFit::ShrinkLeft}));
+    EXPECT_EQ(t[18], (Text{"合\u3000計\u3000\u3000 1,234,567 円", {210, 140, 160, 20}, kText, TextFit::ShrinkLeft}));
 }
 
 TEST(SisanReportPDFPageTest, AssetsGoTwentyToAPageEachWithTheGrandTotal)
@@ -207,32 +218,161 @@ public:
     PageSize bounds() const override { return {400, 300}; }
     void draw(PageCanvas& canvas) const override
     {
-        for (const Text& item : items) canvas.drawText(item.text, item.rect, item.font, item.rightEdge);
+        for (const Text& item : items) canvas.drawText(item.text, item.rect, item.font, item.fit);
     }
 
 private:
     std::vector<Text> items;
 };
 
-TEST(PdfDocumentTest, TextWrapsAtItsRectangleAndLinesBeyondItsHeightAreLeftOut)
+// What a command prints on standard output.
+std::string outputOf(const std::string& command)
 {
-    const std::string pdf = std::filesystem::temp_directory_path() / "zenvora-pdf-document-test.pdf";
-    const PageFont font{"Helvetica", 10};
-    PdfDocument document;
-    document.insertPage(std::make_unique<TextPage>(std::vector<Text>{
-                            {"あいうえおかきくけこ", {20, 200, 50, 20}, font, {}},  // 5 to a line, room for one line
-                            {"さしすせそたちつてと", {20, 100, 50, 40}, font, {}},  // room for two lines
-                            {"23,456,789", {200, 200, 40, 20}, font, 300.0},        // an amount stays on one line
-                        }),
-                        0);
-    std::string error;
-    ASSERT_TRUE(document.writeToFile(pdf, &error)) << error;
     std::string text;
-    FILE* out = popen(("pdftotext -raw '" + pdf + "' -").c_str(), "r");
+    FILE* out = popen(command.c_str(), "r");
     char buffer[4096];
     for (size_t n; out && (n = fread(buffer, 1, sizeof buffer, out)) > 0;) text.append(buffer, n);
     if (out) pclose(out);
-    EXPECT_EQ(text, "あいうえお\nさしすせそ\nたちつてと\n23,456,789\n\f");  // in drawing order
+    return text;
+}
+
+// The pages written to a temporary PDF file, whose path is returned.
+template <typename Pages>
+std::string writePdf(Pages pages, const char* name)
+{
+    const std::string pdf = std::filesystem::temp_directory_path() / name;
+    PdfDocument document;
+    size_t index = 0;
+    for (auto& page : pages) document.insertPage(std::move(page), index++);
+    std::string error;
+    EXPECT_TRUE(document.writeToFile(pdf, &error)) << error;
+    return pdf;
+}
+
+TEST(PdfDocumentTest, TextWrapsAtItsRectangleAndLinesBeyondItsHeightAreLeftOut)
+{
+    const PageFont font{"Helvetica", 10};
+    std::vector<std::unique_ptr<TextPage>> pages;
+    pages.push_back(std::make_unique<TextPage>(std::vector<Text>{
+        {"あいうえおかきくけこ", {20, 200, 50, 20}, font, TextFit::Wrap},  // 5 to a line, room for one line
+        {"さしすせそたちつてと", {20, 100, 50, 40}, font, TextFit::Wrap},  // room for two lines
+        {"23,456,789", {200, 200, 40, 20}, font, TextFit::ShrinkRight},  // smaller, on one line
+    }));
+    const std::string pdf = writePdf(std::move(pages), "zenvora-pdf-document-test.pdf");
+    EXPECT_EQ(outputOf("pdftotext -raw '" + pdf + "' -"), "あいうえお\nさしすせそ\nたちつてと\n23,456,789\n\f");
+    std::filesystem::remove(pdf);
+}
+
+// A word of a PDF's text layer and its box, in points from the page's
+// top-left corner, as pdftotext -bbox gives them.
+struct Word {
+    int page;
+    double xMin, yMin, xMax, yMax;
+    std::string text;
+};
+
+std::vector<Word> wordsOf(const std::string& pdf)
+{
+    static const std::regex word(R"re(<word xMin="([0-9.]+)" yMin="([0-9.]+)" xMax="([0-9.]+)" yMax="([0-9.]+)">([^<]*)</word>)re");
+    std::vector<Word> words;
+    int page = -1;
+    std::istringstream lines(outputOf("pdftotext -bbox '" + pdf + "' -"));
+    for (std::string line; std::getline(lines, line);) {
+        std::smatch m;
+        if (line.find("<page ") != std::string::npos) ++page;
+        if (std::regex_search(line, m, word))
+            words.push_back({page, std::stod(m[1]), std::stod(m[2]), std::stod(m[3]), std::stod(m[4]), m[5]});
+    }
+    return words;
+}
+
+// The texts of a table's cells as the text layer reads them: each word
+// belongs to the cell under its middle and must lie inside that cell, with
+// a hundredth of a point for rounding; the words of a cell are joined in
+// reading order. Keys are (page, row, column), rows counted from `top`.
+using CellTexts = std::map<std::tuple<int, int, int>, std::string>;
+
+CellTexts cellTextsOf(const std::vector<Word>& words, const std::vector<double>& columnEdges, double top,
+                      double rowHeight, int rows)
+{
+    constexpr double kSlack = 0.01;
+    CellTexts cells;
+    for (const Word& w : words) {
+        const double midX = (w.xMin + w.xMax) / 2, midY = (w.yMin + w.yMax) / 2;
+        const auto right = std::upper_bound(columnEdges.begin(), columnEdges.end(), midX);
+        const int row = static_cast<int>((midY - top) / rowHeight);
+        if (midY < top || row >= rows || right == columnEdges.begin() || right == columnEdges.end()) continue;
+        const int column = static_cast<int>(right - columnEdges.begin()) - 1;
+        SCOPED_TRACE(w.text);
+        EXPECT_GE(w.xMin, *(right - 1) - kSlack);
+        EXPECT_LE(w.xMax, *right + kSlack);
+        EXPECT_GE(w.yMin, top + row * rowHeight - kSlack);
+        EXPECT_LE(w.yMax, top + (row + 1) * rowHeight + kSlack);
+        cells[{w.page, row, column}] += w.text;
+    }
+    return cells;
+}
+
+// Figures of 9 to 12 characters, negatives among them, and sums beyond.
+const int64_t kWideFigures[] = {123456789,  -12345678,  1234567,    -123456789, 99999999, -1234567,   999999999,
+                                -99999999,  2147483647, -999999999, 12345678,   -9999999, 233366381};
+
+TEST(PdfDocumentTest, EveryFigureAndNameOfTheAnnualReportLiesWholeInsideItsCell)
+{
+    AnnualReportRows rows;
+    rows.incomeRows = 12;
+    rows.expenseRows = 15;
+    for (int r = 0; r < 30; ++r) {
+        rows.names.push_back(r == 1 ? "とても長い名前の費目をここに置いてみる/さらに長い内訳の名前" : "給与/その他" + std::to_string(r));
+        std::vector<int64_t> cells;
+        for (size_t c = 0; c < 13; ++c) cells.push_back(kWideFigures[(r + c) % std::size(kWideFigures)] * (c == 12 ? 10 : 1));
+        rows.data.push_back(cells);
+    }
+    const std::string pdf = writePdf(annualReportPages("2025", rows, stamp), "zenvora-annual-cells-test.pdf");
+    std::vector<double> edges{20, 180};
+    for (int m = 1; m <= 12; ++m) edges.push_back(edges.back() + 50);
+    edges.push_back(835);
+
+    // Grid rows 1 to 24 hold the data rows of each page.
+    const CellTexts cells = cellTextsOf(wordsOf(pdf), edges, 90, 20, 24);
+    EXPECT_EQ(cells.size(), 30u * 14u);
+    for (int r = 0; r < 30; ++r) {
+        const int page = r / 24, row = r % 24;
+        EXPECT_EQ(cells.at({page, row, 0}), rows.names[static_cast<size_t>(r)]);
+        for (int c = 0; c < 13; ++c)
+            EXPECT_EQ(cells.at({page, row, c + 1}), formatWithGrouping(rows.data[static_cast<size_t>(r)][static_cast<size_t>(c)]))
+                << "row " << r << ", column " << c;
+    }
+    std::filesystem::remove(pdf);
+}
+
+TEST(PdfDocumentTest, EveryNameBalanceAndTotalOfTheAssetReportLiesWholeInsideItsPlace)
+{
+    std::vector<std::shared_ptr<Sisan>> list;
+    for (int i = 0; i < 21; ++i) {
+        const std::string namae = i == 2 ? "とても長い資産の名前をここに置いてみるとどうなるか" : "現金" + std::to_string(i);
+        list.push_back(std::make_shared<Sisan>(i + 1, namae, 0, kWideFigures[i % std::size(kWideFigures)] * 10));
+    }
+    const int64_t total = -9223372036854775807;
+    const std::string pdf = writePdf(sisanReportPages(list, total, stamp), "zenvora-sisan-cells-test.pdf");
+    const std::vector<Word> words = wordsOf(pdf);
+
+    // Asset rows start one row below the frame's top at 150.
+    const CellTexts cells = cellTextsOf(words, {50, 250, 350}, 175, 25, 20);
+    EXPECT_EQ(cells.size(), 21u * 2u);
+    for (int i = 0; i < 21; ++i) {
+        EXPECT_EQ(cells.at({i / 20, i % 20, 0}), list[static_cast<size_t>(i)]->Namae);
+        EXPECT_EQ(cells.at({i / 20, i % 20, 1}), formatWithGrouping(list[static_cast<size_t>(i)]->Zankin));
+    }
+    // The total line of each page, within its 160 points from x = 210.
+    std::map<int, std::string> totals;
+    for (const Word& w : words) {
+        if (w.yMin < 675) continue;
+        EXPECT_GE(w.xMin, 210 - 0.01) << w.text;
+        EXPECT_LE(w.xMax, 370 + 0.01) << w.text;
+        totals[w.page] += w.text;
+    }
+    EXPECT_EQ(totals, (std::map<int, std::string>{{0, "合計-9,223,372,036,854,775,807円"}, {1, "合計-9,223,372,036,854,775,807円"}}));
     std::filesystem::remove(pdf);
 }
 

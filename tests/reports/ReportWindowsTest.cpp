@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QProcess>
+#include <QScreen>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
@@ -17,6 +18,7 @@
 #include "reports/SisanReportViewController.h"
 #include "tests/app/AppFixture.h"
 #include "tests/reports/ReportExamples.h"
+#include "ui/QtTranslations.h"
 
 namespace {
 
@@ -56,14 +58,15 @@ void expectPdf(const std::string& file, const char* pageSize, int pages, const s
         EXPECT_FALSE((c >= 0x2F00 && c <= 0x2FDF) || (c >= 0xF900 && c <= 0xFAFF)) << static_cast<uint32_t>(c);
 }
 
-// The report windows, with the clock at 15 January 2019 and files saved in
-// the book's folder.
+// The report windows, with the clock at 15 January 2019, a Documents folder
+// at home (the book's folder), and files saved in the book's folder.
 class ReportWindowsTest : public AppFixture {
 protected:
     void SetUp() override
     {
         AppFixture::SetUp();
         setClockTo({2019, 1, 15});
+        std::filesystem::create_directory(dir + "/Documents");
     }
     void press(QWidget& window, const char* button, const std::string& answer)
     {
@@ -73,6 +76,11 @@ protected:
         QTest::mouseClick(b, Qt::LeftButton);
     }
     size_t filesInDir() const { return std::distance(std::filesystem::directory_iterator(dir), {}); }
+    // What the user is told when a file of the book's folder cannot be saved.
+    Message notSaved(const std::string& file, const char* reason)
+    {
+        return {"「" + dir + "/" + file + "」を保存できませんでした。", reason};
+    }
 };
 
 }  // namespace
@@ -108,12 +116,16 @@ TEST_F(ReportWindowsTest, TheAnnualReportShowsAPickedYearWritesItAsCsvAndPdfAndS
     const QAbstractItemModel* totals = in<QTableView>(&window, "tblTotals")->model();
     EXPECT_TRUE(totals->index(0, 13).data(Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignRight);
 
+    // The first dialog proposes the year's name in the documents folder, the
+    // next one the folder saved to.
     std::ofstream(dir + "/annual.csv") << "an older, longer export that must go entirely";
     press(window, "btnCSV", "annual");  // the extension is added
     EXPECT_EQ(offeredTypes, (QStringList{"csv", "CSV"}));
     EXPECT_EQ(contentOf(dir + "/annual.csv"), kAnnualExample);
     press(window, "btnPDF", "annual.pdf");
     EXPECT_EQ(offeredTypes, (QStringList{"pdf", "PDF"}));
+    const QString folder = QString::fromStdString(dir);
+    EXPECT_EQ(proposedPaths, (QStringList{folder + "/Documents/年間レポート_2019.csv", folder + "/年間レポート_2019.pdf"}));
     expectPdf(dir + "/annual.pdf", "842 x 595 pts", 1,
               {"2019 年度", "レポート", "2019年01月15日", "給与/その他", "300,000", "1 月", "12 月", "計"});
 
@@ -122,9 +134,13 @@ TEST_F(ReportWindowsTest, TheAnnualReportShowsAPickedYearWritesItAsCsvAndPdfAndS
     press(window, "btnPDF", "");
     EXPECT_EQ(filesInDir(), files);  // cancelled: nothing written
 
+    // A failed export is told, with the diagnostic line kept.
     testing::internal::CaptureStdout();
     press(window, "btnCSV", "missing/annual.csv");
     EXPECT_EQ(testing::internal::GetCapturedStdout().rfind("annual report csv write error \ncannot create", 0), 0u);
+    press(window, "btnPDF", "missing/annual.pdf");
+    EXPECT_EQ(takeMessages(), (Messages{notSaved("missing/annual.csv", "保存先のフォルダがありません。"),
+                                        notSaved("missing/annual.pdf", "保存先のフォルダがありません。")}));
     EXPECT_EQ(contentOf(dir + "/annual.csv"), kAnnualExample);
 
     // A year that cannot be read keeps the shown year's tables but no export.
@@ -154,6 +170,7 @@ TEST_F(ReportWindowsTest, TheAssetReportShowsTheBalancesAndWritesThemAsCsvAndPdf
         empty.show();
         EXPECT_EQ(in<QLabel>(&empty, "lblTotal")->text(), "0");
         press(empty, "btnSisanPDF", "empty");
+        EXPECT_EQ(proposedPaths.back(), QString::fromStdString(dir) + "/Documents/資産レポート_20190115.pdf");
         expectPdf(dir + "/empty.pdf", "590 x 840 pts", 1, {"資産レポート", "2019年01月15日", "金額（円）", "0円"});
     }
     addSisan("現金", 12000, 12000);
@@ -174,22 +191,53 @@ TEST_F(ReportWindowsTest, TheAssetReportShowsTheBalancesAndWritesThemAsCsvAndPdf
     testing::internal::CaptureStdout();
     press(window, "btnSisanCSV", "missing/sisan.csv");
     EXPECT_EQ(testing::internal::GetCapturedStdout().rfind("sisan report csv write error \ncannot create", 0), 0u);
+    EXPECT_EQ(takeMessages(), (Messages{notSaved("missing/sisan.csv", "保存先のフォルダがありません。")}));
 }
 
-TEST_F(ReportWindowsTest, TheReportMenuOpensEachReportModally)
+TEST_F(ReportWindowsTest, TheReportKeysOpenEachReportModallyOnTheScreenAndQtSpeaksJapanese)
 {
-    addSisan("現金", 0, 0);
+    const int64_t genkin = addSisan("現金", 0, 0);
+    const std::string longName = "食費/とても長い名前の内訳を入れてみるとどうなるかの確認用";
+    const int64_t food = addCategory(1, "食費");
+    exec("UPDATE Himoku SET Namae = '" + longName + "' WHERE Id = " + std::to_string(food + 1));
+    addEntry(genkin, "2025-02-10", 1, food + 1, 123456789);
     ViewController& main = start();
-    for (const auto& [keys, expected] : {std::pair{QKeySequence(Qt::CTRL | Qt::Key_R), "AnnualReportViewController"},
-                                         std::pair{QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_R),
-                                                   "SisanReportViewController"}}) {
+    for (const auto& [modifiers, expected] :
+         {std::pair{Qt::KeyboardModifiers(Qt::ControlModifier), "AnnualReportViewController"},
+          std::pair{Qt::ControlModifier | Qt::ShiftModifier, "SisanReportViewController"}}) {
+        main.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&main));
         QString shown;
+        QRect frame, screen;
         QTimer::singleShot(0, [&] {
-            if (QWidget* report = QApplication::activeModalWidget()) shown = report->objectName();
-            if (QWidget* report = QApplication::activeModalWidget()) report->close();
+            QWidget* report = QApplication::activeModalWidget();
+            if (!report) return;
+            shown = report->objectName();
+            frame = report->frameGeometry();
+            screen = report->screen()->availableGeometry();
+            if (shown == "AnnualReportViewController") {
+                auto* years = in<QComboBox>(report, "cmbYears");
+                // A long name is elided in a capped column and shown whole in
+                // the tool tip; a long figure widens its column.
+                QTest::keyClick(years, Qt::Key_Down);
+                const auto* expenses = in<QTableView>(report, "tblItemsOut");
+                const QFontMetrics metrics(expenses->font());
+                const QModelIndex first = expenses->model()->index(0, 0);
+                EXPECT_EQ(first.data(Qt::ToolTipRole).toString().toStdString(), longName);
+                EXPECT_LT(expenses->columnWidth(0), metrics.horizontalAdvance(QString::fromStdString(longName)));
+                const int margins = 8;  // the style's text margins and the grid line
+                EXPECT_GE(expenses->columnWidth(2), metrics.horizontalAdvance(QStringLiteral("123,456,789")) + margins);
+            }
+            report->close();
         });
-        for (QAction* action : main.findChildren<QAction*>())
-            if (action->shortcut() == keys) action->trigger();
+        pressKeys(QKeyCombination(modifiers, Qt::Key_R));
         EXPECT_EQ(shown, expected);
+        EXPECT_TRUE(screen.contains(frame)) << expected;
     }
+
+    // Qt's own dialogs and standard buttons, once its translations are in.
+    EXPECT_TRUE(installQtTranslations());
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), "キャンセル");
+    EXPECT_EQ(QCoreApplication::translate("QFileDialog", "%1 already exists.\nDo you want to replace it?"),
+              "%1 は既に存在します。\n置き換えますか?");
 }

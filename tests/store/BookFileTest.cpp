@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -75,12 +76,25 @@ TEST_F(BookFileTest, EveryKindOfBookGetsItsVerdictAndStaysByteForByte)
 {
     exec("BEGIN");
     for (int i = 0; i < 200; ++i) addSisan(std::string(200, 'x'), i, i);  // a book of several pages
+    for (int i = 0; i < 2000; ++i) addEntry(1, "2024-01-01", 1, 2, i);
     exec("COMMIT");
+    const int64_t pageSize = scalar("PRAGMA page_size");
+    const int64_t itemsRoot = scalar("SELECT rootpage FROM sqlite_master WHERE name = 'Items'");
+    const int64_t indexRoot = scalar("SELECT rootpage FROM sqlite_master WHERE name = 'Items_SisanNo_Hizuke'");
     sqlite3_close(side);
     side = nullptr;
     const std::string book = bookBytes();
     std::string noise(8192, '\0');
     std::generate(noise.begin(), noise.end(), std::mt19937(11));
+    // One page of the book overwritten, as a failing disk or a stray write leaves it.
+    auto garbled = [&](int64_t page) {
+        return [&, page] {
+            std::string bytes = book;
+            bytes.replace(static_cast<size_t>((page - 1) * pageSize), static_cast<size_t>(pageSize),
+                          noise.substr(0, static_cast<size_t>(pageSize)));
+            writeBook(bytes);
+        };
+    };
     auto reshaped = [&](const char* sql) {
         return [&, sql] {
             writeBook(book);
@@ -111,6 +125,23 @@ TEST_F(BookFileTest, EveryKindOfBookGetsItsVerdictAndStaysByteForByte)
          BookVerdict::WrongSchema},
         {"an extra column", reshaped("ALTER TABLE Himoku ADD COLUMN Memo TEXT"), BookVerdict::WrongSchema},
         {"a missing table", reshaped("DROP TABLE Items"), BookVerdict::WrongSchema},
+        {"a view for a table",
+         reshaped("ALTER TABLE Sisan RENAME TO Old; CREATE VIEW Sisan AS SELECT * FROM Old"),
+         BookVerdict::WrongSchema},
+        {"an Id that is not the row id",
+         reshaped("ALTER TABLE Himoku RENAME TO Old; CREATE TABLE Himoku (Id INTEGER, SyubetuNo INTEGER, "
+                  "Namae TEXT, Hno INTEGER, Ucount INTEGER)"),
+         BookVerdict::WrongSchema},
+        {"an amount declared as text",
+         reshaped("ALTER TABLE Sisan RENAME TO Old; CREATE TABLE Sisan (Id INTEGER PRIMARY KEY, Namae TEXT, "
+                  "SyokiKingaku TEXT, Zankin INTEGER)"),
+         BookVerdict::WrongSchema},
+        {"other types of the same affinity, and tables of others",
+         reshaped("ALTER TABLE Sisan RENAME TO Old; CREATE TABLE Sisan (Id integer primary key, Namae VARCHAR(40), "
+                  "SyokiKingaku BIGINT, Zankin INT); CREATE VIEW Totals AS SELECT 1"),
+         BookVerdict::Ready},
+        {"a garbled index page", garbled(indexRoot), BookVerdict::Damaged},
+        {"a garbled table page", garbled(itemsRoot), BookVerdict::Damaged},
         {"locked by another writer", reshaped("BEGIN IMMEDIATE"), BookVerdict::Locked},
         {"a read-only file", withModes(0444, 0777), BookVerdict::FileReadOnly, true},
         {"an unreadable file", withModes(0000, 0777), BookVerdict::Unreadable, true},
@@ -182,6 +213,40 @@ TEST_F(BackupTest, OnePrivateCopyADayTheNewestFourteenStayAndACancelledOrFailedC
     EXPECT_EQ(left.front(), "Zenvora-20250101.sql.bak");
     EXPECT_EQ(left[1], "Zenvora-20260103.sql");
     EXPECT_EQ(left.back(), "notes.txt");
+}
+
+// A clock that was once ahead left backups named after days to come, and a
+// crash a copy cut short: today's backup is made and kept all the same, the
+// newest by the time they were made stay, and the remains of the crash go.
+TEST_F(BackupTest, TheNewestByTimeMadeStayTodaysNeverGoesAndACrashedCopyIsRemoved)
+{
+    fs::create_directories(backups());
+    const auto now = fs::file_time_type::clock::now();
+    for (int day = 1; day <= 15; ++day) {
+        const std::string future = backupPath(backups(), "202712" + std::to_string(100 + day).substr(1));
+        std::ofstream(future) << "made when the clock was ahead";
+        fs::last_write_time(future, now - std::chrono::hours(24 * (40 - day)));
+    }
+    for (const char* leftover : {"Zenvora-20261122.sql.partial", "Zenvora-20261122.sql.partial-journal"})
+        std::ofstream(backups() + "/" + leftover) << std::string(4096, 'x');
+
+    ASSERT_EQ(backup("20261123"), BackupResult::Made) << error;
+    std::vector<std::string> left;
+    for (const auto& entry : fs::directory_iterator(backups())) left.push_back(entry.path().filename().string());
+    std::sort(left.begin(), left.end());
+    EXPECT_EQ(left.size(), 14u);
+    EXPECT_EQ(left.front(), "Zenvora-20261123.sql");
+    EXPECT_EQ(left[1], "Zenvora-20271203.sql");  // the two made first went
+
+    // Once today's backup exists, later starts still prune: to the newest
+    // 14, never today's.
+    const std::string today = backupPath(backups(), "20261123");
+    fs::last_write_time(today, now - std::chrono::hours(24 * 60));
+    for (const char* day : {"20261001", "20261002"}) std::ofstream(backupPath(backups(), day)) << "put back by hand";
+    EXPECT_EQ(backup("20261123"), BackupResult::AlreadyMade);
+    EXPECT_TRUE(fs::exists(today));
+    EXPECT_FALSE(fs::exists(backupPath(backups(), "20271203")));
+    EXPECT_EQ(std::distance(fs::directory_iterator(backups()), fs::directory_iterator()), 15);
 }
 
 }  // namespace

@@ -276,4 +276,28 @@ TEST_F(CrashAndLockTest, EveryReadThatMeetsALockWaitsThenFailsAndKeepsNothingOfI
     EXPECT_EQ(open().sisanList[0]->Zankin, 106000);
 }
 
+// A program reading the book (an open read transaction) keeps the start's
+// correction out: the start neither waits for it nor fails, and the
+// correction is stored with the next change the book takes.
+TEST_F(CrashAndLockTest, AReaderAtTheStartDelaysTheCorrectionToTheNextChange)
+{
+    exec("UPDATE Sisan SET Zankin = 0");
+    const std::string stale = dump("Sisan");
+    exec("BEGIN");
+    ASSERT_EQ(scalar("SELECT COUNT(*) FROM Items"), 2);  // the reader's shared lock is held from here
+    const auto start = std::chrono::steady_clock::now();
+    DataModel& dm = open();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(DataModel::kBusyTimeoutMs));
+    EXPECT_TRUE(takeMessages().empty());
+    EXPECT_TRUE(dm.zankinWritePending());
+    EXPECT_EQ(dm.GrandTotalSisan, 98500);
+    EXPECT_EQ(dump("Sisan"), stale);
+
+    exec("COMMIT");
+    ASSERT_TRUE(dm.itemIdouSisanInsert("2024-02-01", 2024, 2, 1, 1, 3, 2, 1000, ""));
+    EXPECT_FALSE(dm.zankinWritePending());
+    EXPECT_EQ(dump("Sisan"), untouched);  // the start's sums; the transfer's wait for the end
+    EXPECT_TRUE(takeMessages().empty());
+}
+
 }  // namespace

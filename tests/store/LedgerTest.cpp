@@ -148,15 +148,21 @@ TEST_F(LedgerTest, TheLedgerIsReadInDateOrderWithRunningBalancesAndAnUpdateMoves
     EXPECT_TRUE(takeMessages().empty());
 }
 
-TEST_F(LedgerTest, UnnamedRowsShowQuestionMarksAndUnknownIdsAreReported)
+TEST_F(LedgerTest, UnnamedRowsShowQuestionMarksAndUnknownKindsAreToldOnceWithTheirCount)
 {
     addEntry(S, "2024-01-01", 1, 999, 100);
     addEntry(S, "2024-01-02", 9, 0, 0);
+    for (int kind = 5; kind <= 10; ++kind) addEntry(S, "2024-01-03", kind, 0, 7);
     DataModel& dm = open();
 
     ASSERT_TRUE(dm.readFromItemsTable(S));
-    EXPECT_EQ(takeMessages(), (Messages{{"error in readFromItemTable IntToStr", "information"}}));
-    EXPECT_EQ(ledger(), (Rows{"2024-01-01 1 0 100 0 -1 | ????  100 9900", "2024-01-02 9 0 0 0 -1 | ????   9900"}));
+    EXPECT_EQ(takeMessages(), (Messages{{"error in readFromItemTable IntToStr",
+                                         "種別の分からない行が 7 件あります（Id 2, 3, 4, 5, 6 ほか）。"
+                                         "これらの行は残高に含めていません。"}}));
+    const Rows rows = ledger();
+    ASSERT_EQ(rows.size(), 8u);
+    EXPECT_EQ(Rows(rows.begin(), rows.begin() + 2),
+              (Rows{"2024-01-01 1 0 100 0 -1 | ????  100 9900", "2024-01-02 9 0 0 0 -1 | ????   9900"}));
 
     EXPECT_EQ(dm.readFromItem1Item(999), nullptr);
     EXPECT_TRUE(takeMessages().empty());
