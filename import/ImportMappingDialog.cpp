@@ -6,6 +6,7 @@
 
 #include "import/StatementDate.h"
 #include "ui/ListTableModel.h"
+#include "ui/FitToScreen.h"
 #include "ui/MessageService.h"
 #include "ui_ImportMappingDialog.h"
 
@@ -20,6 +21,7 @@ ImportMappingDialog::ImportMappingDialog(const QString& message, std::vector<Csv
 {
     ui->setupUi(this);
     ui->lblMappingFile->setText(message);
+    fitToScreen(this);
     for (const CsvRecord& r : records) columns = std::max(columns, static_cast<int>(r.fields.size()));
 
     // The file's line number, then its fields as written.

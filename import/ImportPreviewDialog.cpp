@@ -8,6 +8,7 @@
 #include "import/ImportPreviewModel.h"
 #include "import/Matching.h"
 #include "ui/AmountText.h"
+#include "ui/FitToScreen.h"
 #include "ui/MessageService.h"
 #include "ui_ImportPreviewDialog.h"
 
@@ -38,6 +39,7 @@ ImportPreviewDialog::ImportPreviewDialog(QWidget* parent)
     title.setPointSizeF(title.pointSizeF() * 1.2);
     ui->lblImportLayout->setFont(title);
     layOutColumns();
+    fitToScreen(this);
 
     connect(ui->tblImportRows->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             &ImportPreviewDialog::refreshHimokuCombo);
