@@ -36,7 +36,10 @@ ViewController::ViewController(DataModel& dm, QWidget* parent)
     viewDidLoad();
 }
 
-ViewController::~ViewController() = default;
+ViewController::~ViewController()
+{
+    DM.setHistoryListener({});
+}
 
 void ViewController::viewDidLoad()
 {
@@ -133,6 +136,9 @@ void ViewController::wireActions()
     connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
     connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
+    connect(ui->mnuBackupNow, &QAction::triggered, this, &ViewController::mnuBackupNow);
+    connect(ui->mnuRestoreBackup, &QAction::triggered, this, &ViewController::mnuRestoreBackup);
+    wireUndo();
     wireImport();
 }
 
