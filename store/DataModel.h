@@ -247,14 +247,16 @@ public:
     bool readImportAccounts(std::vector<ImportAccountRow>& accounts);
     bool readImportProfiles(std::vector<ImportProfileRow>& profiles);
     bool findImportRecord(const std::string& fileHash, ImportRecordRow& record);
-    // Keeps a mapped layout under its name, replacing one of the same name.
+    // Keeps a mapped layout under its name, replacing one of the same name;
+    // a recorded step.
     bool saveImportProfile(const std::string& namae, const std::string& mapping);
-    // Writes a statement's chosen rows into batch.record.sisanId, all or
-    // nothing: the entries (a transfer as both its rows), their origins, the
-    // import record, the learned categories and the asset remembered for the
-    // layout and account. The in-memory balances of the assets it touched
-    // and GrandTotalSisan follow; itemList is left as it was, for the caller
-    // to read the ledger it shows. *outcome gets the new rows.
+    // Writes a statement's chosen rows into batch.record.sisanId as one
+    // recorded step, all or nothing: the entries (a transfer as both its
+    // rows), their origins, the import record, the learned categories and
+    // the asset remembered for the layout and account. The in-memory
+    // balances of the assets it touched and GrandTotalSisan follow; itemList
+    // is left as it was, for the caller to read the ledger it shows.
+    // *outcome gets the new rows.
     bool importStatementEntries(const ImportBatch& batch, ImportOutcome* outcome);
 
     // ---- history: undo, redo, revert -----------------------------------------

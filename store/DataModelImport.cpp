@@ -1,13 +1,14 @@
 // DataModel: the statement import's reads and its one write.
 #include <sqlite3.h>
 
-#include <map>
+#include <set>
 
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "store/ItemsSql.h"
 #include "store/Money.h"
-#include "store/Transaction.h"
+#include "store/RecordedStep.h"
+#include "store/StepLabels.h"
 
 namespace {
 
@@ -247,15 +248,15 @@ bool DataModel::findImportRecord(const std::string& fileHash, ImportRecordRow& r
 
 bool DataModel::saveImportProfile(const std::string& namae, const std::string& mapping)
 {
-    Transaction tx(db);
-    if (!beganOrReport(tx)) return false;
+    RecordedStep step(db, importProfileStepLabel(namae));
+    if (!beganOrReport(step)) return false;
     if (!prepare("INSERT INTO ImportProfile (Namae, Mapping) VALUES (?, ?) "
                  "ON CONFLICT(Namae) DO UPDATE SET Mapping = excluded.Mapping",
                  "error saving a statement layout: ", "information"))
         return false;
     const bool done = bind_text(1, namae) && bind_text(2, mapping) && stepDone("error saving a statement layout: ");
     finalize();
-    return done && commitOrReport(tx);
+    return done && commitStep(step);
 }
 
 bool DataModel::importStatementEntries(const ImportBatch& batch, ImportOutcome* outcome)
@@ -266,9 +267,13 @@ bool DataModel::importStatementEntries(const ImportBatch& batch, ImportOutcome* 
     }
     const ImportRecordRow& r = batch.record;
     ImportOutcome done;
+    const bool exact = zankinExact;
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        // The whole import is one undoable step: undoing it takes away its
+        // entries, their origins and its record, so the same file imports
+        // again afterwards.
+        RecordedStep step(db, importStepLabel(r.fileName, batch.entries.size()));
+        if (!beganOrReport(step)) return false;
         Prepared record(db,
                         "INSERT INTO ImportRecord (FileName, FileHash, Layout, LayoutName, Account, ImportedAt, SisanNo, "
                         "RowsRead, RowsImported, RowsAlready, RowsRefused) VALUES (?,?,?,?,?,?,?,?,?,?,?)");
@@ -297,18 +302,18 @@ bool DataModel::importStatementEntries(const ImportBatch& batch, ImportOutcome* 
         for (const ImportAssignment& a : batch.assignments)
             if (!learn.run(a.layout, a.matchKey, a.syubetuNo, a.himokuNo)) return failed();
         if (!account.run(r.layout, r.account, r.sisanId)) return failed();
-        if (!commitOrReport(tx)) return false;
+        // Committing moves the balances by the amounts the step wrote.
+        if (!commitStep(step)) return false;
     }
-    // The balances move by the amounts written: the imported asset by every
-    // entry, the other asset of a new transfer by its opposite (a paired
-    // entry keeps its amount on its own side).
-    std::map<int64_t, int64_t> moved;
-    for (const ImportEntry& e : batch.entries) {
-        moved[r.sisanId] += e.kingaku;
-        if (e.partnerSisanId != 0 && e.pairedItemId == 0) moved[e.partnerSisanId] -= e.kingaku;
+    if (!exact) {
+        // The balances shown were stored copies: the assets the import
+        // touched are summed from their entries.
+        std::set<int64_t> touched{r.sisanId};
+        for (const ImportEntry& e : batch.entries)
+            if (e.partnerSisanId != 0) touched.insert(e.partnerSisanId);
+        for (int64_t id : touched)
+            if (findById(sisanList, sisanId2Idx, id) && !recomputeSisanZankin(id)) return false;
     }
-    for (const auto& [id, delta] : moved)
-        if (Sisan* sisan = findById(sisanList, sisanId2Idx, id)) sisan->Zankin += delta;
     totalOfZankinFrom_sisanList();
     if (outcome) *outcome = std::move(done);
     return true;

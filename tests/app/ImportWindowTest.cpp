@@ -1,6 +1,7 @@
 // Statement import through the real window: Ctrl+I and dropped files, the
 // preview driven with keys on its focused widgets, and what the book holds after.
 #include <QAbstractItemModelTester>
+#include <QAction>
 #include <QComboBox>
 #include <QDropEvent>
 #include <QLabel>
@@ -45,9 +46,13 @@ protected:
     void pressCtrlI(const QStringList& files)
     {
         openAnswers.push_back(files);
+        pressOnWindow(Qt::Key_I);
+    }
+    void pressOnWindow(Qt::Key key)
+    {
         vc->activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(vc.get()));
-        QTest::keyClick(vc.get(), Qt::Key_I, Qt::ControlModifier);
+        QTest::keyClick(vc.get(), key, Qt::ControlModifier);
     }
     // Files dropped on the main window, as a file manager drops them.
     void drop(const QStringList& files)
@@ -437,4 +442,38 @@ TEST_F(ImportPreview, ABigFileIsReadWhileTheWindowAnswersAndItsReadingCanBeCance
     EXPECT_EQ(visiblePreview(), nullptr);
     EXPECT_TRUE(takeMessages().empty());
     EXPECT_EQ(dumpAll(), before);
+}
+
+TEST_F(ImportPreview, UndoingAnImportTakesItsEntriesAndRecordAwaySoTheSameFileImportsAgain)
+{
+    addSisan("楽天カード", 0, 0);
+    defaults("rakuten-card", 2, 9);
+    start();
+    const std::string before = dumpAll();
+    pressCtrlI({sample("rakuten_card_202610.csv")});
+    enter(preview());
+    waitUntilDone();
+    takeMessages();
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM Items"), 6);
+    EXPECT_EQ(vc->findChild<QAction*>("mnuUndo")->text().toStdString(),
+              "元に戻す「明細『rakuten_card_202610.csv』6件の取り込み」(&U)");
+
+    // One step: the entries, their origins, the record and what was learned go.
+    pressOnWindow(Qt::Key_Z);
+    EXPECT_TRUE(takeMessages().empty());
+    EXPECT_EQ(dumpAll(), before);
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM ImportRecord") + scalar("SELECT COUNT(*) FROM ImportOrigin") +
+                  scalar("SELECT COUNT(*) FROM ImportCategory WHERE Layout = ''"),
+              0);
+    EXPECT_EQ(shown("tblSisan"), Rows{"楽天カード|0"});
+
+    // Nothing of it is left to make the file look imported.
+    pressCtrlI({sample("rakuten_card_202610.csv")});
+    ImportPreviewDialog* again = preview();
+    for (const std::string& row : previewRows(again)) EXPECT_EQ(row.find("取込済み"), std::string::npos) << row;
+    enter(again);
+    waitUntilDone();
+    takeMessages();
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM Items"), 6);
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM ImportRecord"), 1);
 }
