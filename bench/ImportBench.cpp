@@ -1,5 +1,7 @@
 #include "bench/ImportBench.h"
 
+#define SQLITE_ENABLE_SESSION
+#define SQLITE_ENABLE_PREUPDATE_HOOK
 #include <sqlite3.h>
 
 #include <QDate>
@@ -83,7 +85,9 @@ struct Stmt {
 };
 
 // The floor: the same reads with the same joins, a key lookup per row, and
-// the same rows written with the same statements, in one transaction.
+// the same rows written with the same statements, in one transaction that
+// records them as one step of the history with the bare session API, as the
+// book keeps every change.
 class ImportFloor {
 public:
     ImportFloor(const std::string& path, std::vector<int64_t> sisans) : c_(path), sisans_(std::move(sisans)) {}
@@ -102,6 +106,11 @@ public:
             while (sqlite3_step(find.s) == SQLITE_ROW) sink_ += sqlite3_column_int64(find.s, 0);
         }
         c_.run("BEGIN");
+        sqlite3_session* session = nullptr;
+        sqlite3session_create(c_.db, "main", &session);
+        sqlite3session_table_filter(
+            session, [](void*, const char* table) { return sqlite3_stricmp(table, "History") != 0 ? 1 : 0; }, nullptr);
+        sqlite3session_attach(session, nullptr);
         Stmt record(c_.db,
                     "INSERT INTO ImportRecord (FileName, FileHash, Layout, LayoutName, Account, ImportedAt, SisanNo, "
                     "RowsRead, RowsImported, RowsAlready, RowsRefused) VALUES (?,?,?,?,?,?,?,?,?,?,?)");
@@ -162,6 +171,18 @@ public:
         account.text(2, r.account);
         account.integer(3, sisanId);
         sqlite3_step(account.s);
+        int size = 0;
+        void* changeset = nullptr;
+        sqlite3session_changeset(session, &size, &changeset);
+        sqlite3session_delete(session);
+        Stmt history(c_.db, "INSERT INTO History (At, Kind, Target, Label, Sisans, Changes, Deletes, Changeset) "
+                            "VALUES (?,1,0,?,'',?,0,?)");
+        history.integer(1, 0);
+        history.text(2, "import");
+        history.integer(3, static_cast<int64_t>(2 * b.entries.size()));
+        sqlite3_bind_blob(history.s, 4, changeset, size, SQLITE_STATIC);
+        sqlite3_step(history.s);
+        sqlite3_free(changeset);
         c_.run("COMMIT");
     }
 
@@ -211,16 +232,16 @@ void benchImport(DataModel& dm, const std::string& bookPath, const std::string& 
         if (h->SyubetuNo == 1 && h->Ucount == 0) himoku = h->Id;
     side.run("INSERT INTO ImportCategory (Layout, MatchKey, SyubetuNo, HimokuNo) VALUES ('jcb', '', 1, " +
              std::to_string(himoku) + ")");
-    int64_t lastItem = 0;
-    {
-        Stmt max(side.db, "SELECT MAX(Id) FROM Items");
-        if (sqlite3_step(max.s) == SQLITE_ROW) lastItem = sqlite3_column_int64(max.s, 0);
+    int64_t lastItem = 0, lastHistory = 0;
+    for (auto [sql, last] : {std::pair{"SELECT MAX(Id) FROM Items", &lastItem}, {"SELECT MAX(Id) FROM History", &lastHistory}}) {
+        Stmt max(side.db, sql);
+        if (sqlite3_step(max.s) == SQLITE_ROW) *last = sqlite3_column_int64(max.s, 0);
     }
     // What a run wrote, taken away again.
     const auto forget = [&] {
         side.run("BEGIN; DELETE FROM Items WHERE Id > " + std::to_string(lastItem) +
                  "; DELETE FROM ImportOrigin; DELETE FROM ImportRecord; DELETE FROM ImportCategory WHERE Layout = '';"
-                 " DELETE FROM ImportAccount; COMMIT");
+                 " DELETE FROM ImportAccount; DELETE FROM History WHERE Id > " + std::to_string(lastHistory) + "; COMMIT");
     };
 
     std::vector<double> readMs, previewMs;

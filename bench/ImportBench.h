@@ -12,10 +12,13 @@ class DataModel;
 //                    dates and the other assets' around its transfer-like
 //                    rows read, every row matched and given its category,
 //                    the rows, their origins, the import record and the
-//                    learned categories written in one transaction; against
-//                    the bare SQLite API reading the same rows with the same
-//                    joins, looking each row's key up in them, and writing
-//                    the same rows with the same statements.
+//                    learned categories written in one transaction that
+//                    records them as one undoable step; against the bare
+//                    SQLite API reading the same rows with the same joins,
+//                    looking each row's key up in them, writing the same rows
+//                    with the same statements and recording them with the
+//                    bare session API into the history in the same
+//                    transaction.
 // and prints the reading of the file on its own line:
 //   bench import_card_10k_read decode_parse_ms=<median> preview_ms=<median>
 // where preview_ms is the reading followed by what the preview needs (the
