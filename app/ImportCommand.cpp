@@ -57,22 +57,23 @@ public:
         ReadOptions options;
         options.savedProfiles = profiles_;
         StatementReading reading = readStatementFile(path, options);
-        if (!reading.ok()) return refuse(path, "-", {}, reading.refusal->message);
+        if (!reading.ok()) return refuse(path, "-", nullptr, reading.refusal->message);
         auto statement = std::make_shared<const StatementFile>(std::move(reading.statement));
         ImportContext context;
-        if (!loadImportContext(dm_, *statement, sisanId_, context)) return refuse(path, statement->layout.profile.id, {}, "");
+        const std::string& layout = statement->layout.profile.id;
+        if (!loadImportContext(dm_, *statement, sisanId_, context)) return refuse(path, layout, nullptr, "");
         ImportPlan plan(statement, std::move(context));
         decide(plan);
         const ImportSummary summary = plan.summary();
         std::string why = plan.refusal();
         if (why.empty() && summary.unassigned > 0) why = unassigned(plan, summary.unassigned);
-        if (!why.empty()) return refuse(path, statement->layout.profile.id, &plan, why);
+        if (!why.empty()) return refuse(path, layout, &plan, why);
         if (!line_.dryRun && summary.imported > 0) {
             const std::string now = currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toStdString();
             if (!dm_.importStatementEntries(plan.batch(now), nullptr))
-                return refuse(path, statement->layout.profile.id, &plan, "");  // the store has said why
+                return refuse(path, layout, &plan, "");  // the store has said why
         }
-        report(path, statement->layout.profile.id, summary);
+        report(path, layout, summary);
         refusedRows(path, plan);
         return true;
     }
