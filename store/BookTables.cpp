@@ -1,5 +1,6 @@
 #include "store/BookTables.h"
 
+#include "store/ImportTables.h"
 #include "store/SyncLog.h"
 
 const std::vector<TableLayout>& requiredBookTables()
@@ -33,26 +34,26 @@ const std::vector<TableLayout>& requiredBookTables()
 
 const std::vector<TableLayout>& optionalBookTables()
 {
-    static const std::vector<TableLayout> tables{
-        // The history of undoable steps (History.h).
-        {"History",
-         {{"Id", "INTEGER", true},
-          {"At", "INTEGER"},
-          {"Kind", "INTEGER"},
-          {"Target", "INTEGER"},
-          {"Label", "TEXT"},
-          {"Sisans", "TEXT"},
-          {"Changes", "INTEGER"},
-          {"Deletes", "INTEGER"},
-          {"Changeset", "BLOB"}},
-         false},
-    };
-    static const std::vector<TableLayout> all = [] {
-        std::vector<TableLayout> list = tables;
-        for (const TableLayout& t : syncBookTables()) list.push_back(t);
-        return list;
+    static const std::vector<TableLayout> tables = [] {
+        std::vector<TableLayout> all{
+            // The history of undoable steps (History.h).
+            {"History",
+             {{"Id", "INTEGER", true},
+              {"At", "INTEGER"},
+              {"Kind", "INTEGER"},
+              {"Target", "INTEGER"},
+              {"Label", "TEXT"},
+              {"Sisans", "TEXT"},
+              {"Changes", "INTEGER"},
+              {"Deletes", "INTEGER"},
+              {"Changeset", "BLOB"}},
+             false},
+        };
+        // The statement import's (ImportTables.h) and the sync record's (SyncLog.h).
+        for (const auto* more : {&importBookTables(), &syncBookTables()}) all.insert(all.end(), more->begin(), more->end());
+        return all;
     }();
-    return all;
+    return tables;
 }
 
 const TableLayout* bookTable(const std::string& name)

@@ -5,26 +5,13 @@
 #include "store/DeviceIds.h"
 #include "store/FindById.h"
 #include "store/ItemsArena.h"
+#include "store/ItemsSql.h"
 #include "store/Money.h"
 #include "store/RecordedStep.h"
 #include "store/StepLabels.h"
 
 namespace {
 
-// The Id comes first: NULL lets SQLite pick it, as a book that never syncs
-// always had it; a book that syncs binds the device's Id (DeviceIds.h).
-const char* const kInsertSyukkin =
-    "INSERT INTO Items (Id,Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Syukkin,Bikou) "
-    "VALUES (?,?,?,?,?,?,?,?,?,?,?)";
-const char* const kInsertNyuukin =
-    "INSERT INTO Items (Id,Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Nyuukin,Bikou) "
-    "VALUES (?,?,?,?,?,?,?,?,?,?,?)";
-const char* const kInsertIdouMoto =
-    "INSERT INTO Items (Id,Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Syukkin,Bikou) "
-    "VALUES (?,?,?,?,?,?,?,?,?,?,?)";
-const char* const kInsertIdouSaki =
-    "INSERT INTO Items (Id,Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Nyuukin,Bikou) "
-    "VALUES (?,?,?,?,?,?,?,?,?,?,?)";
 const char* const kInsertStepFailure = "failure inserting item Syukkin,Nyuukin: ";
 const std::string kUnknownNamae = "????";  // the name of a row that names no category or asset
 
