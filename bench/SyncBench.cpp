@@ -283,7 +283,7 @@ void benchSync(const std::string& path, const std::string& dir, const GeneratedL
                 sync = std::make_unique<BookSync>(*dm);
                 check(sync->load(), "loading the identity");
             });
-    check(report.arrived >= kArrivals, "applying every operation");
+    check(report.arrived >= static_cast<size_t>(kArrivals), "applying every operation");
     const size_t ops = plan.inOrder.size();
     std::printf("bench sync_apply_10k operations=%zu rewound=%d store_us_per_op=%.1f floor_us_per_op=%.1f "
                 "bytes_per_op=%.1f\n",

@@ -167,6 +167,14 @@ bool BookSync::stop(std::string* error)
     return true;
 }
 
+bool BookSync::forget()
+{
+    if (!dm_.runSyncWork(forgetSync)) return false;
+    identity_.reset();
+    problem_.clear();
+    return true;
+}
+
 std::string BookSync::checkReady()
 {
     const SyncIdentity& self = *identity_;

@@ -69,6 +69,10 @@ public:
     // This PC stops syncing: it is retired in the folder (the other PCs keep
     // what it made and stop waiting for it) and the book forgets its record.
     bool stop(std::string* error);
+    // The book forgets its record of sync without a word to the folder: a
+    // copy of the book from another computer, or a PC told to rebuild, that
+    // is about to join the folder afresh.
+    bool forget();
 
     // Writes this PC's operations the folder does not hold yet (after every
     // step). False when the folder cannot take them; they go with a later call.
