@@ -10,6 +10,7 @@
 #include <fstream>
 
 #include "store/History.h"
+#include "store/ImportRecords.h"
 #include "sync/AtomicWrite.h"
 #include "sync/Snapshot.h"
 #include "tests/sync/SyncedPc.h"
@@ -95,6 +96,35 @@ TEST_F(SyncSetupTest, aThirdPcJoinsFromASnapshotCatchesUpAndKeepsItsOwnBookAside
     EXPECT_EQ(sqlite3_column_int(s, 0), 1);
     sqlite3_finalize(s);
     sqlite3_close(kept);
+}
+
+// An imported statement on a syncing book: its rows take the device's Ids,
+// a transfer's two rows name each other, and the other PC gets the entries
+// but not the import's own record, which stays with the PC that imported.
+TEST_F(SyncSetupTest, anImportedStatementSyncsWithDeviceIdsAndItsRecordStaysOnThePcThatImported)
+{
+    const int64_t card = a.addSisan("カード", 0);
+    exchange();
+    ImportBatch batch;
+    batch.record = {0, "jcb.csv", "abc", "jcb", "JCB", "1234", "2026-11-23 10:00:00", card, 3, 0, 0, 0};
+    batch.entries = {{"2026-11-20", 2026, 11, 20, -1200, food, 0, 0, "昼食", "k1", "c1", "昼食"},
+                     {"2026-11-21", 2026, 11, 21, 5000, 0, genkin, 0, "入金", "k2", "c2", "入金"},
+                     {"2026-11-22", 2026, 11, 22, -300, food, 0, 0, "", "k3", "c3", "コーヒー"}};
+    a.use();
+    ImportOutcome outcome;
+    ASSERT_TRUE(a.dm->importStatementEntries(batch, &outcome));
+    const int device = a.sync->identity()->device;
+    for (const int64_t id : a.ids("SELECT Id FROM Items WHERE SisanNo = " + std::to_string(card) +
+                                  " OR Bikou = '入金'"))
+        EXPECT_EQ(id % 16, device) << id;
+    EXPECT_EQ(a.scalar("SELECT count(*) FROM Items a JOIN Items b ON a.IdouId = b.Id AND b.IdouId = a.Id "
+                       "WHERE a.Bikou = '入金'"),
+              2);
+    exchange();
+    EXPECT_EQ(a.dump(), b.dump());
+    EXPECT_EQ(b.brokenRules(), "");
+    EXPECT_EQ(b.scalar("SELECT count(*) FROM ImportRecord"), 0);
+    EXPECT_EQ(a.scalar("SELECT count(*) FROM ImportOrigin"), 3);
 }
 
 TEST_F(SyncSetupTest, aDamagedForeignOrCopiedFileIsRefusedByNameAndNothingOfItsWriterAfterItIsApplied)
