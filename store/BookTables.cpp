@@ -1,5 +1,7 @@
 #include "store/BookTables.h"
 
+#include "store/TeikiTables.h"
+
 const std::vector<TableLayout>& requiredBookTables()
 {
     static const std::vector<TableLayout> tables{
@@ -31,6 +33,6 @@ const std::vector<TableLayout>& requiredBookTables()
 
 const std::vector<TableLayout>& optionalBookTables()
 {
-    static const std::vector<TableLayout> tables{};
+    static const std::vector<TableLayout> tables = teikiBookTables();
     return tables;
 }

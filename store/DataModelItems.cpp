@@ -4,19 +4,12 @@
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "store/ItemsArena.h"
+#include "store/ItemsSql.h"
 #include "store/Money.h"
 #include "store/Transaction.h"
 
 namespace {
 
-const char* const kInsertSyukkin =
-    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Syukkin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
-const char* const kInsertNyuukin =
-    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Nyuukin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
-const char* const kInsertIdouMoto =
-    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Syukkin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
-const char* const kInsertIdouSaki =
-    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Nyuukin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
 const char* const kInsertStepFailure = "failure inserting item Syukkin,Nyuukin: ";
 const std::string kUnknownNamae = "????";  // the name of a row that names no category or asset
 
@@ -213,6 +206,24 @@ bool DataModel::itemNyuukinSyukkinInsert(const std::string& hizuke, int64_t nen,
     return rereadShownItems();
 }
 
+bool DataModel::insertIdouPair(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo,
+                               int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku, const std::string& bikou,
+                               int64_t* motoId, int64_t* sakiId)
+{
+    if (!insertItemRow(kInsertIdouMoto, "error preparing 移動元データ insert: ", hizuke, nen, tuki, hi, sisanNo,
+                       syubetuNo, idouSisanNo, -1, kingaku, bikou))
+        return false;
+    const int64_t moto = sqlite3_last_insert_rowid(db);
+    if (!insertItemRow(kInsertIdouSaki, "error preparing 移動先データ insert: ", hizuke, nen, tuki, hi, idouSisanNo,
+                       kSyubetuIdouSaki, sisanNo, moto, kingaku, bikou))
+        return false;
+    const int64_t saki = sqlite3_last_insert_rowid(db);
+    if (motoId) *motoId = moto;
+    if (sakiId) *sakiId = saki;
+    return runWrite("UPDATE Items SET IdouId=" + std::to_string(saki) + " WHERE Id=" + std::to_string(moto),
+                    "error prepare update 移動元item: ", "stop the app", "failure updating  移動元item: ");
+}
+
 bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi,
                                     int64_t sisanNo, int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku,
                                     const std::string& bikou)
@@ -224,17 +235,7 @@ bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int6
         // transfer never reaches the lists or the balances.
         Transaction tx(db);
         if (!beganOrReport(tx)) return false;
-        if (!insertItemRow(kInsertIdouMoto, "error preparing 移動元データ insert: ", hizuke, nen, tuki, hi, sisanNo,
-                           syubetuNo, idouSisanNo, -1, kingaku, bikou))
-            return false;
-        const int64_t motoId = sqlite3_last_insert_rowid(db);
-        if (!insertItemRow(kInsertIdouSaki, "error preparing 移動先データ insert: ", hizuke, nen, tuki, hi,
-                           idouSisanNo, kSyubetuIdouSaki, sisanNo, motoId, kingaku, bikou))
-            return false;
-        const int64_t sakiId = sqlite3_last_insert_rowid(db);
-        if (!runWrite("UPDATE Items SET IdouId=" + std::to_string(sakiId) + " WHERE Id=" + std::to_string(motoId),
-                      "error prepare update 移動元item: ", "stop the app", "failure updating  移動元item: "))
-            return false;
+        if (!insertIdouPair(hizuke, nen, tuki, hi, sisanNo, syubetuNo, idouSisanNo, kingaku, bikou)) return false;
         if (!commitOrReport(tx)) return false;
     }
     // Only the destination's balance is needed from its ledger; the list
