@@ -1,5 +1,6 @@
 #include "household/TeikiKityouViewController.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 
@@ -98,5 +99,12 @@ bool TeikiKityouViewController::eventFilter(QObject* watched, QEvent* event)
 
 void TeikiKityouViewController::keyPressEvent(QKeyEvent* event)
 {
+    // Enter in an amount being typed confirms that amount only; the editor
+    // lets the key pass on, and it would post everything.
+    const QWidget* focused = QApplication::focusWidget();
+    if (isEnterKey(*event) && focused && focused != ui->tblTeikiKityou && ui->tblTeikiKityou->isAncestorOf(focused)) {
+        event->accept();
+        return;
+    }
     if (!pressFocusedButton(*event)) QDialog::keyPressEvent(event);
 }

@@ -40,7 +40,8 @@ public:
 
 protected:
     // Space toggles the check of the current row, wherever in the row the
-    // cursor is; Enter on a focused button presses that button.
+    // cursor is; Enter on a focused button presses that button, and Enter in
+    // an amount being typed only confirms that amount.
     bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
