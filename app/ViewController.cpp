@@ -37,7 +37,10 @@ ViewController::ViewController(DataModel& dm, QWidget* parent)
     viewDidLoad();
 }
 
-ViewController::~ViewController() = default;
+ViewController::~ViewController()
+{
+    DM.setHistoryListener({});
+}
 
 void ViewController::viewDidLoad()
 {
@@ -137,6 +140,9 @@ void ViewController::wireActions()
     connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
     connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
+    connect(ui->mnuBackupNow, &QAction::triggered, this, &ViewController::mnuBackupNow);
+    connect(ui->mnuRestoreBackup, &QAction::triggered, this, &ViewController::mnuRestoreBackup);
+    wireUndo();
 }
 
 void ViewController::showGrandTotal()

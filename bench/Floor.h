@@ -21,6 +21,8 @@ public:
     void insertEntry(int64_t sisanId, int64_t himokuId);  // insert + re-read
     void insertTransfer(int64_t from, int64_t to);      // pair + link + both re-reads
     void deleteSubItem(int64_t id, int64_t hno, int64_t ucount, int64_t shownSisanId);
+    // The session extension applying a changeset in one transaction.
+    void applyChangeset(const std::string& changeset);
 
     int64_t checksum() const { return sink_; }
 

@@ -5,6 +5,7 @@
 #include <QKeySequence>
 #include <QShortcut>
 
+#include "editors/EditorUndo.h"
 #include "editors/EditorWidgets.h"
 #include "editors/KoumokuNamae.h"
 #include "store/DataModel.h"
@@ -101,6 +102,7 @@ void PrefsSisanViewController::wireActions()
     connect(new QShortcut(QKeySequence(Qt::Key_Delete), ui->tblSisanKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
             &QShortcut::activated, this, &PrefsSisanViewController::btnSisanKoumokuSakujyo);
     bindBoxKeys(ui->sisanKoumokuBox, [this] { btnSisanKoumokuOK(); }, [this] { btnSisanKoumokuCancel(); });
+    undoKeys = new EditorUndo(DM, this, [this](const StepFocus& focus) { showUndone(focus); });
 }
 
 void PrefsSisanViewController::prepareBox(SyoriNo syoriNo, const QString& title, const QString& ok,
@@ -188,9 +190,19 @@ void PrefsSisanViewController::btnSisanKoumokuOK()
         return;
     }
     if (!done) return;
+    undoKeys->stepMade();
     sisanKoumokuChangedSw = true;
     reloadTable();
     hideBox();
+}
+
+void PrefsSisanViewController::showUndone(const StepFocus& focus)
+{
+    sisanKoumokuChangedSw = true;
+    hideBox();
+    reloadTable();
+    const int64_t* row = focus.sisanId ? DM.sisanId2Idx.find(focus.sisanId) : nullptr;
+    if (row) ui->tblSisanKoumoku->selectRow(static_cast<int>(*row));
 }
 
 bool PrefsSisanViewController::namaeFreeOrSay(const QString& namae, const Sisan* own)

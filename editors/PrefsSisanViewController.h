@@ -7,9 +7,11 @@
 #include "ui/ModalEditor.h"
 
 class DataModel;
+class EditorUndo;
 class ListTableModel;
 class QString;
 struct Sisan;
+struct StepFocus;
 namespace Ui {
 class PrefsSisanViewController;
 }
@@ -53,6 +55,7 @@ protected:
 private:
     std::unique_ptr<Ui::PrefsSisanViewController> ui;
     ListTableModel* model = nullptr;
+    EditorUndo* undoKeys = nullptr;
     int64_t sisanKoumokuSyoriNo = kNone;
     bool sisanKoumokuChangedSw = false;
     // The asset an edit or a delete acts on, fixed when its box is prepared:
@@ -84,4 +87,7 @@ private:
     bool executeKousin(int64_t kingaku);
     bool executeSakujyo();
     void deselect();
+    // After Ctrl+Z or a redo of one of this editor's steps: the table shows
+    // the result with the asset it put back or changed selected.
+    void showUndone(const StepFocus& focus);
 };

@@ -33,6 +33,22 @@ const std::vector<TableLayout>& requiredBookTables()
 
 const std::vector<TableLayout>& optionalBookTables()
 {
-    static const std::vector<TableLayout> tables = teikiBookTables();
+    static const std::vector<TableLayout> tables = [] {
+        std::vector<TableLayout> all{
+            // The history of undoable steps (History.h).
+            {"History",
+             {{"Id", "INTEGER", true},
+              {"At", "INTEGER"},
+              {"Kind", "INTEGER"},
+              {"Target", "INTEGER"},
+              {"Label", "TEXT"},
+              {"Sisans", "TEXT"},
+              {"Changes", "INTEGER"},
+              {"Deletes", "INTEGER"},
+              {"Changeset", "BLOB"}}},
+        };
+        for (const TableLayout& t : teikiBookTables()) all.push_back(t);
+        return all;
+    }();
     return tables;
 }
