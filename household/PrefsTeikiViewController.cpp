@@ -8,6 +8,7 @@
 #include <QShortcut>
 #include <algorithm>
 
+#include "editors/EditorUndo.h"
 #include "editors/EditorWidgets.h"
 #include "household/HouseholdLabels.h"
 #include "household/QtDates.h"
@@ -60,8 +61,9 @@ void PrefsTeikiViewController::viewDidLoad()
     const auto problem = [this, teiki](int row) { return teikiProblem(DM, teiki(row)); };
     teikiModel = new ListTableModel(
         [this] { return static_cast<int>(DM.teikiList.size()); },
-        {{"SisanNo", QStringLiteral("資産"), false, [=, this](int r) { return q(sisanNamaeOrGone(DM, teiki(r).SisanNo)); }},
-         {"SyubetuNo", QStringLiteral("種別"), false, [=, this](int r) { return q(teikiSyubetuText(teiki(r).SyubetuNo)); }},
+        {{"SisanNo", QStringLiteral("資産"), false,
+          [=, this](int r) { return q(sisanNamaeOrGone(DM, teiki(r).SisanNo)); }},
+         {"SyubetuNo", QStringLiteral("種別"), false, [=](int r) { return q(teikiSyubetuText(teiki(r).SyubetuNo)); }},
          {"Naiyou", QStringLiteral("内容"), false, [=, this](int r) { return q(teikiNaiyou(DM, teiki(r))); }},
          {"Kingaku", QStringLiteral("金額"), true, [=, this](int r) { return groupedKingaku(teiki(r).Kingaku); }},
          {"Nittei", QStringLiteral("日程"), false, [=, this](int r) { return q(scheduleLabel(scheduleOf(teiki(r)))); }},
@@ -85,7 +87,8 @@ void PrefsTeikiViewController::viewDidLoad()
     yoteiModel = new ListTableModel(
         [this] { return static_cast<int>(yoteiList.size()); },
         {{"Hizuke", QStringLiteral("日付"), false, [=, this](int r) { return q(dayWithWeekday(yotei(r).hizuke)); }},
-         {"SisanNo", QStringLiteral("資産"), false, [=, this](int r) { return q(sisanNamaeOrGone(DM, yotei(r).sisanNo)); }},
+         {"SisanNo", QStringLiteral("資産"), false,
+          [=, this](int r) { return q(sisanNamaeOrGone(DM, yotei(r).sisanNo)); }},
          {"Naiyou", QStringLiteral("内容"), false,
           [=, this](int r) { return q(teikiNaiyou(DM, rule(yotei(r)), yotei(r).idouSaki)); }},
          {"Nyuukin", QStringLiteral("収入"), true,
@@ -94,13 +97,14 @@ void PrefsTeikiViewController::viewDidLoad()
           [=, this](int r) { return yotei(r).kingaku < 0 ? groupedKingaku(-yotei(r).kingaku) : QString(); }},
          {"Zankin", QStringLiteral("残高見込み"), true, [=, this](int r) { return groupedKingaku(yotei(r).zankin); }}},
         {}, this);
-    yoteiModel->setRowForeground(
-        [=, this](int r) { return yotei(r).zankin < 0 ? QVariant(kBroken) : QVariant(); });  // an asset going below zero
+    // An asset expected to go below zero shows in red.
+    yoteiModel->setRowForeground([=](int r) { return yotei(r).zankin < 0 ? QVariant(kBroken) : QVariant(); });
     ui->tblTeikiYotei->setModel(yoteiModel);
 
     fillFixedLists();
     layOutColumns();
     wireActions();
+    undoKeys = new EditorUndo(DM, this, [this](const StepFocus&) { showUndone(); });
     keepPlaceWhenHidden(ui->teikiBox);
     ui->teikiBox->hide();
     DM.readFromTeikiTable();
@@ -266,7 +270,8 @@ void PrefsTeikiViewController::fillBox(const Teiki& teiki)
     ui->cmbTeikiKyuujitu->setCurrentIndex(std::clamp(static_cast<int>(s.shift), 0, 2));
     ui->dateTeikiKaisi->setDate(s.start.isValid() ? qdateOf(s.start) : currentDateTime().date());
     ui->cmbTeikiOwari->setCurrentIndex(s.end ? 1 : s.count ? 2 : 0);
-    ui->dateTeikiSyuuryou->setDate(s.end && s.end->isValid() ? qdateOf(*s.end) : ui->dateTeikiKaisi->date().addYears(1));
+    const bool endDay = s.end && s.end->isValid();
+    ui->dateTeikiSyuuryou->setDate(endDay ? qdateOf(*s.end) : ui->dateTeikiKaisi->date().addYears(1));
     ui->spnTeikiKaisuu->setValue(s.count.value_or(12));
     showScheduleFields();
     describeSchedule();
@@ -423,6 +428,7 @@ void PrefsTeikiViewController::btnTeikiOK()
         done = DM.teikiUpdate(*teiki);
     }
     if (!done) return;
+    undoKeys->stepMade();
     teikiChangedSw = true;
     const int64_t saved = *preparedTeikiId;
     reloadTables();
@@ -445,10 +451,19 @@ void PrefsTeikiViewController::btnTeikiSakujyo()
                                                 QStringLiteral("削除する"), QStringLiteral("しない")))
         return;
     if (!DM.teikiDelete(id)) return;
+    undoKeys->stepMade();
     teikiChangedSw = true;
     if (preparedTeikiId == id) hideBox();
     reloadTables();
     ui->tblTeiki->setFocus();
+}
+
+void PrefsTeikiViewController::showUndone()
+{
+    teikiChangedSw = true;
+    hideBox();
+    DM.readFromTeikiTable();
+    reloadTables();
 }
 
 void PrefsTeikiViewController::btnTeikiCancel()

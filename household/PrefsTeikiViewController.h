@@ -9,6 +9,7 @@
 #include "household/TeikiDue.h"
 
 class DataModel;
+class EditorUndo;
 class ListTableModel;
 class QAbstractButton;
 class QKeyEvent;
@@ -20,8 +21,9 @@ class PrefsTeikiViewController;
 // 設定 → 定期的な支出入: the list of rules, an editing box that a preparing
 // button opens for a new rule or the selected one, and the occurrences of the
 // next 30 days with the balance each asset is expected to have after them.
-// Every add, edit and delete is one store operation. A rule whose asset or
-// category is gone is shown as unusable; it never posts.
+// Every add, edit and delete is one recorded step, which Ctrl+Z undoes here
+// too. A rule whose asset or category is gone is shown as unusable; it
+// never posts.
 class PrefsTeikiViewController final : public QDialog {
     Q_OBJECT
 
@@ -65,6 +67,7 @@ private:
     int64_t syoriNo = kNone;
     std::optional<int64_t> preparedTeikiId;  // the rule an edit saves over
     bool teikiChangedSw = false;
+    EditorUndo* undoKeys = nullptr;
 
     void viewDidLoad();
     void wireActions();
@@ -73,6 +76,8 @@ private:
     // The rules and the outlook read afresh.
     void reloadTables();
     void reloadYotei();
+    // After Ctrl+Z or a redo here: the rules read afresh.
+    void showUndone();
 
     void prepareBox(SyoriNo action, const QString& title);
     void hideBox();

@@ -38,7 +38,7 @@ struct StepFocus {
 // One changed row of a recorded step, as the history window lists it.
 struct HistoryRowView {
     std::string change;  // 追加, 削除, 変更前, 変更後
-    std::string kind;    // 入力, 資産, 費目, 内訳
+    std::string kind;    // 入力, 資産, 費目, 内訳, 定期 (a rule), 定期の記録 (an occurrence dealt with)
     std::string hizuke;
     std::string sisan;   // the asset (of an entry), or the asset itself
     std::string himoku;  // category, or the other asset of a transfer
@@ -274,8 +274,8 @@ public:
     // What makes the rule unusable, judged by sisanList and himokuList.
     TeikiFault teikiFault(const Teiki& teiki) const;
     // Adds a rule (the book assigns its Id), rewrites the rule with
-    // teiki.Id, or deletes a rule with its record of occurrences, each in one
-    // transaction; then re-reads teikiList. The values are written as given
+    // teiki.Id, or deletes a rule with its record of occurrences, each one
+    // recorded step; then re-reads teikiList. The values are written as given
     // (the caller sets Kakunin); integers outside 32 bits are refused.
     bool teikiInsert(const Teiki& teiki);
     bool teikiUpdate(const Teiki& teiki);
@@ -284,7 +284,7 @@ public:
     // those of each rule scheduled no more than a month before its Kakunin,
     // or later. On a failure rows is left as it was.
     bool readTeikiKiroku(std::vector<TeikiKiroku>& rows);
-    // Deals with the occurrences in one transaction: a posted one becomes an
+    // Deals with the occurrences in one recorded step: a posted one becomes an
     // entry of its rule's asset, kind, category or partner and note (a
     // transfer both linked rows), and each is recorded in TeikiKiroku; then
     // each rule of `kakunin` has its Kakunin moved forward to the day given.
@@ -427,6 +427,8 @@ private:
 
     // Recurring entries.
     void clearTeikiList();
+    // What a step's label calls the rule: its note, else its sub-item or transfer.
+    std::string teikiNamae(const Teiki& teiki);
     // Binds the rule's columns after Id, in table order, from parameter 1.
     bool bindTeiki(const Teiki& teiki);
     // Writes the entry (or transfer pair) of a posting; its Ids go to *kiroku.

@@ -1,12 +1,14 @@
 // DataModel: recurring entries, their rules and the occurrences posted or skipped.
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <set>
 
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "store/ItemsSql.h"
-#include "store/Transaction.h"
+#include "store/RecordedStep.h"
+#include "store/StepLabels.h"
 
 namespace {
 
@@ -48,6 +50,13 @@ bool splitHizuke(const std::string& hizuke, int64_t* nen, int64_t* tuki, int64_t
 
 }  // namespace
 
+std::string DataModel::teikiNamae(const Teiki& teiki)
+{
+    if (!teiki.Bikou.empty()) return teiki.Bikou;
+    if (teiki.SyubetuNo != kSyubetuIdouMoto) return getHimokuNamaeFromNo(teiki.HimokuNo);
+    return getSisanNamaeFromNo(teiki.SisanNo) + "→" + getSisanNamaeFromNo(teiki.IdouSisanNo);
+}
+
 void DataModel::clearTeikiList()
 {
     teikiList.clear();
@@ -58,8 +67,8 @@ void DataModel::clearTeikiList()
 bool DataModel::readFromTeikiTable()
 {
     clearTeikiList();
-    if (!prepare(std::string("SELECT ") + kTeikiColumns + " FROM Teiki ORDER BY Id", "error prepare select from teiki: ",
-                 "information"))
+    if (!prepare(std::string("SELECT ") + kTeikiColumns + " FROM Teiki ORDER BY Id",
+                 "error prepare select from teiki: ", "information"))
         return false;
     const bool read = readRows("error step select from teiki: ", "information", [this] {
         auto teiki = std::make_shared<Teiki>();
@@ -118,12 +127,12 @@ bool DataModel::teikiInsert(const Teiki& teiki)
 {
     if (!allFitInt32({teiki.Kingaku})) return false;
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, teikiStepLabel(teikiNamae(teiki), "追加"));
+        if (!beganOrReport(step)) return false;
         if (!prepare(kInsertTeiki, "error preparing teiki insert: ", "information")) return false;
         const bool done = bindTeiki(teiki) && stepDone("failure inserting teiki: ");
         finalize();
-        if (!done || !commitOrReport(tx)) return false;
+        if (!done || !commitStep(step)) return false;
     }
     return readFromTeikiTable();
 }
@@ -132,12 +141,12 @@ bool DataModel::teikiUpdate(const Teiki& teiki)
 {
     if (!allFitInt32({teiki.Kingaku, teiki.Id})) return false;
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, teikiStepLabel(teikiNamae(teiki), "編集"));
+        if (!beganOrReport(step)) return false;
         if (!prepare(kUpdateTeiki, "error preparing teiki update: ", "information")) return false;
         const bool done = bindTeiki(teiki) && bind_int(17, teiki.Id) && stepDone("failure updating teiki: ");
         finalize();
-        if (!done || !commitOrReport(tx)) return false;
+        if (!done || !commitStep(step)) return false;
     }
     return readFromTeikiTable();
 }
@@ -145,18 +154,19 @@ bool DataModel::teikiUpdate(const Teiki& teiki)
 bool DataModel::teikiDelete(int64_t id)
 {
     if (!allFitInt32({id})) return false;
+    const Teiki* teiki = findById(teikiList, teikiId2Idx, id);
     {
         // The record of its occurrences goes with the rule, and comes back
         // with it when the deletion is undone.
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, teikiStepLabel(teiki ? teikiNamae(*teiki) : std::to_string(id), "削除"));
+        if (!beganOrReport(step)) return false;
         const std::string ids = std::to_string(id);
         if (!runWrite("DELETE FROM TeikiKiroku WHERE TeikiNo=" + ids, "error preparing delete: ", "information",
                       "failure deleting from teikikiroku: ") ||
             !runWrite("DELETE FROM Teiki WHERE Id=" + ids, "error preparing delete: ", "information",
                       "failure deleting from teiki: "))
             return false;
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return readFromTeikiTable();
 }
@@ -232,8 +242,12 @@ bool DataModel::teikiKityou(const std::vector<TeikiPosting>& postings, const std
     }
     std::set<int64_t> booked;  // assets whose balance moved
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        // One step: undoing it takes the entries and the record away
+        // together, and the occurrences are due again.
+        const size_t skipped =
+            std::count_if(postings.begin(), postings.end(), [](const TeikiPosting& p) { return p.miokuri; });
+        RecordedStep step(db, teikiKityouStepLabel(postings.size() - skipped, skipped));
+        if (!beganOrReport(step)) return false;
         for (size_t i = 0; i < postings.size(); ++i) {
             const TeikiPosting& posting = postings[i];
             const Teiki& teiki = *rules[i];
@@ -260,7 +274,7 @@ bool DataModel::teikiKityou(const std::vector<TeikiPosting>& postings, const std
             finalize();
             if (!done) return false;
         }
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     const int64_t shownId =
         theSisanNo >= 0 && theSisanNo < static_cast<int64_t>(sisanList.size()) ? sisanList[theSisanNo]->Id : 0;
@@ -286,7 +300,8 @@ bool DataModel::readItemsAfter(const std::string& hizuke, std::vector<DatedAmoun
         }
         const bool done = readRows("error step selct from item: ", "information", [&] {
             const int64_t kind = stmt.columnInt(0);
-            const int64_t kingaku = isNyuukinKind(kind) ? stmt.columnInt(1) : isSyukkinKind(kind) ? -stmt.columnInt(2) : 0;
+            const int64_t kingaku =
+                isNyuukinKind(kind) ? stmt.columnInt(1) : isSyukkinKind(kind) ? -stmt.columnInt(2) : 0;
             read.push_back({sisan->Id, stmt.columnText(3), kingaku});
         });
         if (!done) return false;

@@ -1,5 +1,6 @@
 // The recurring entries' windows, driven by the keys a user presses.
 #include <QAbstractItemModelTester>
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QDateEdit>
@@ -176,6 +177,14 @@ TEST_F(TeikiWindowsTest, RulesAreAddedEditedAndDeletedByKeysAndABrokenOneShowsBu
         EXPECT_EQ(questions, Rows{"定期的な支出入「給与/その他（給料）　260,000円　毎月1日（土日祝は前営業日）」を削除しますか？\n"
                                   "記帳済みの入力は残ります。|削除する|しない"});
         EXPECT_EQ(scalar("SELECT count(*) FROM Teiki"), 1);
+        // Ctrl+Z brings it back into the list, Ctrl+Y deletes it again.
+        pressKeys(Qt::CTRL | Qt::Key_Z);
+        EXPECT_EQ(shown("tblTeiki").size(), 2u);
+        EXPECT_EQ(shown("tblTeiki")[1],
+                  "S|収入|給与/その他（給料）|260,000|毎月1日（土日祝は前営業日）|2026-12-01（火）");
+        pressKeys(Qt::CTRL | Qt::Key_Y);
+        EXPECT_EQ(shown("tblTeiki").size(), 1u);
+        EXPECT_EQ(scalar("SELECT count(*) FROM Teiki"), 1);
         pressKeys(Qt::Key_Escape);
         EXPECT_FALSE(prefs.isVisible());
     });
@@ -221,6 +230,19 @@ TEST_F(TeikiWindowsTest, DueOccurrencesAreOfferedAtTheStartPostedOnceAndLeftOrSk
                                    "3|3|2026-11-23|2026-11-20|3|3|0|310000|\n");
     EXPECT_EQ(shown("tblSisan"), (Rows{"S|300,000", "T|20,000"}));
     EXPECT_EQ(shown("tblItem").back(), "2026-11-20|給与/その他|310,000||300,000");
+
+    // The posting is one step: Ctrl+Z takes all of it back, Ctrl+Y makes it again.
+    EXPECT_EQ(find<QAction>("mnuUndo")->text(), "元に戻す「定期的な支出入 2件の記帳・1件の見送り」(&U)");
+    vc->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(vc.get()));
+    find<QTableView>("tblItem")->setFocus();
+    pressKeys(Qt::CTRL | Qt::Key_Z);
+    EXPECT_EQ(scalar("SELECT count(*) FROM Items") + scalar("SELECT count(*) FROM TeikiKiroku"), 0);
+    EXPECT_EQ(shown("tblSisan"), (Rows{"S|10,000", "T|0"}));
+    EXPECT_TRUE(shown("tblItem").empty());
+    pressKeys(Qt::CTRL | Qt::Key_Y);
+    EXPECT_EQ(scalar("SELECT count(*) FROM Items"), 3);
+    EXPECT_EQ(shown("tblSisan"), (Rows{"S|300,000", "T|20,000"}));
 
     // After a restart nothing is due again.
     start();

@@ -9,6 +9,7 @@
 #include "household/TeikiDue.h"
 #include "household/TeikiSchedule.h"
 #include "store/BookCheck.h"
+#include "store/DataModel.h"
 #include "store/Provisioning.h"
 #include "tests/store/StoreFixture.h"
 
@@ -177,6 +178,69 @@ TEST_F(TeikiTest, ATransferPostsBothLinkedRowsAndAnEditedAmountIsRemembered)
     EXPECT_EQ(store->teikiList[0]->Kakunin, "2024-05-01");
 }
 
+TEST_F(TeikiTest, EachChangeIsOneStepAndUndoingAPostingMakesItsOccurrencesDueAgain)
+{
+    const int64_t id = addRule(kSyubetuIdouMoto, 2, 700, 10, {2024, 1, 1}, {2024, 1, 1}, HolidayShift::SameDay, "積立");
+    ASSERT_NE(store->undoTarget(), nullptr);
+    EXPECT_EQ(store->undoTarget()->Label, "定期的な支出入『積立』の追加");
+    const std::string r = std::to_string(id) + ":";
+    const Rows wasDue{r + "2024-01-10", r + "2024-02-10", r + "2024-03-10"};
+    ASSERT_EQ(due({2024, 3, 10}), wasDue);
+    const std::string before = dumpAll() + dump("TeikiKiroku") + dump("Teiki");
+
+    // Post January's and March's (a transfer: both rows), skip February's.
+    ASSERT_TRUE(answer({2024, 3, 10}, "psp"));
+    const std::string after = dumpAll() + dump("TeikiKiroku") + dump("Teiki");
+    EXPECT_EQ(store->undoTarget()->Label, "定期的な支出入 2件の記帳・1件の見送り");
+    EXPECT_EQ(scalar("SELECT count(*) FROM Items"), 4);
+    // The history lists what the step did to the rule and its record in words.
+    std::vector<HistoryRowView> rows;
+    ASSERT_TRUE(store->readHistoryRows(store->undoTarget()->Id, rows));
+    std::string listed;
+    for (const HistoryRowView& v : rows)
+        if (v.kind != "入力")
+            listed += v.change + " " + v.kind + " " + v.hizuke + " " + v.sisan + " " + v.himoku + " " + v.syukkin +
+                      " " + v.bikou + "\n";
+    EXPECT_EQ(listed,
+              "追加 定期の記録 2024-01-10 S →T 700 記帳\n"
+              "追加 定期の記録 2024-02-10 S →T  見送り\n"
+              "追加 定期の記録 2024-03-10 S →T 700 記帳\n"
+              "変更前 定期 2024-01-01 S →T 700 積立 最終確認 2023-12-31\n"
+              "変更後 定期 2024-01-01 S →T 700 積立 最終確認 2024-03-10\n");
+
+    // Undo takes the entries, the record and the rule's last look away
+    // together: the same occurrences are due again, also after a restart.
+    ASSERT_TRUE(store->undo());
+    EXPECT_EQ(dumpAll() + dump("TeikiKiroku") + dump("Teiki"), before);
+    EXPECT_EQ(store->sisanList[0]->Zankin, 10000);
+    EXPECT_EQ(store->teikiList[0]->Kakunin, "2023-12-31") << "the rules are read again";
+    EXPECT_EQ(due({2024, 3, 10}), wasDue);
+    restart();
+    EXPECT_EQ(due({2024, 3, 10}), wasDue);
+
+    // Redo posts them again, once; nothing is due.
+    ASSERT_TRUE(store->redo());
+    EXPECT_EQ(dumpAll() + dump("TeikiKiroku") + dump("Teiki"), after);
+    EXPECT_EQ(store->sisanList[0]->Zankin, 10000 - 2 * 700);
+    EXPECT_EQ(due({2024, 3, 10}), Rows{});
+
+    // Editing and deleting the rule are steps of their own; undoing the
+    // deletion brings the rule back with its record.
+    Teiki edited = *store->teikiList[0];
+    edited.Kingaku = 900;
+    ASSERT_TRUE(store->teikiUpdate(edited));
+    EXPECT_EQ(store->undoTarget()->Label, "定期的な支出入『積立』の編集");
+    ASSERT_TRUE(store->teikiDelete(id));
+    EXPECT_EQ(store->undoTarget()->Label, "定期的な支出入『積立』の削除");
+    EXPECT_TRUE(store->teikiList.empty());
+    ASSERT_TRUE(store->undo());
+    ASSERT_EQ(store->teikiList.size(), 1u);
+    EXPECT_EQ(store->teikiList[0]->Kingaku, 900);
+    EXPECT_EQ(scalar("SELECT count(*) FROM TeikiKiroku"), 3);
+    EXPECT_EQ(due({2024, 3, 10}), Rows{});
+    EXPECT_EQ(takeMessages(), Messages{});
+}
+
 TEST_F(TeikiTest, ARuleWhoseAssetOrCategoryIsGoneIsBrokenAndNeverPosts)
 {
     const int64_t gaisyoku = addRule(kSyubetuSisyutu, 3, 1200, 5, {2024, 1, 1}, {2024, 1, 1});
@@ -244,7 +308,8 @@ TEST_F(TeikiTest, AnOlderBookGainsTheTablesWhenOpenedAndTheBookCheckAcceptsThem)
                            "CREATE TABLE Sisan (Id INTEGER PRIMARY KEY, Namae TEXT NOT NULL, SyokiKingaku INTEGER NOT "
                            "NULL, Zankin INTEGER NOT NULL);"
                            "CREATE TABLE Items (Id INTEGER PRIMARY KEY, Hizuke TEXT NOT NULL, Nen INTEGER NOT NULL, "
-                           "Tuki INTEGER NOT NULL, Hi INTEGER NOT NULL, SisanNo INTEGER NOT NULL, SyubetuNo INTEGER NOT "
+                           "Tuki INTEGER NOT NULL, Hi INTEGER NOT NULL, SisanNo INTEGER NOT NULL, "
+                           "SyubetuNo INTEGER NOT "
                            "NULL, HimokuNo INTEGER, IdouSisanNo INTEGER, IdouId INTEGER, Nyuukin INTEGER, Syukkin "
                            "INTEGER, Bikou TEXT NOT NULL);"
                            "CREATE TABLE Himoku (Id INTEGER PRIMARY KEY, SyubetuNo INTEGER, Namae TEXT NOT NULL, Hno "
