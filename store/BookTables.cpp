@@ -1,5 +1,6 @@
 #include "store/BookTables.h"
 
+#include "store/ImportTables.h"
 #include "store/TeikiTables.h"
 
 const std::vector<TableLayout>& requiredBookTables()
@@ -47,6 +48,10 @@ const std::vector<TableLayout>& optionalBookTables()
               {"Deletes", "INTEGER"},
               {"Changeset", "BLOB"}}},
         };
+        // The statement import's (ImportTables.h).
+        const std::vector<TableLayout>& imports = importBookTables();
+        all.insert(all.end(), imports.begin(), imports.end());
+        // The recurring entries' (TeikiTables.h).
         for (const TableLayout& t : teikiBookTables()) all.push_back(t);
         return all;
     }();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -20,6 +21,11 @@ std::string teikiStepLabel(const std::string& namae, const char* verb);
 // Due occurrences dealt with: "定期的な支出入 3件の記帳", with "・1件の見送り"
 // when some were skipped (or only "定期的な支出入 1件の見送り").
 std::string teikiKityouStepLabel(size_t posted, size_t skipped);
+
+// A statement's import: "明細『rakuten.csv』12件の取り込み"; a layout the
+// user mapped: "明細の形式『…』の保存".
+std::string importStepLabel(const std::string& fileName, size_t count);
+std::string importProfileStepLabel(const std::string& namae);
 
 // The steps that act on another step labelled `label`.
 std::string undoStepLabel(const std::string& label);    // 「…」を元に戻す
