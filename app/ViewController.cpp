@@ -46,6 +46,8 @@ void ViewController::viewDidLoad()
     ui->cmbItemDataHimomku->setModel(comboModel);
     layOutColumns();
     wireActions();
+    wireFind();
+    wireNoteSuggestions();
 
     showGrandTotal();
     showToday();
@@ -211,6 +213,7 @@ void ViewController::sisanKoumokuChanged(bool changed)
     }
     dropVanishedEdit();
     refreshComboItems();
+    findFollowsBook();
 }
 
 void ViewController::refreshComboItems()

@@ -1,5 +1,7 @@
 // ViewController: the entry panel (new, edit and delete of entries).
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QCompleter>
 #include <QDate>
 #include <QKeyEvent>
 #include <QStringListModel>
@@ -36,7 +38,9 @@ DateFields dateFieldsOf(const QDate& date)
 
 void ViewController::rdbtnSelected(QAbstractButton* sender)
 {
-    setComboItemData(sender->property("tag").toInt() + 1);
+    const int64_t kind = sender->property("tag").toInt() + 1;
+    setComboItemData(kind);
+    proposeLastUsed(kind);
 }
 
 void ViewController::setComboItemData(int64_t kind)
@@ -107,6 +111,7 @@ void ViewController::newItem()
     openPanel(QStringLiteral("新規追加"), 1);
     ui->rdbSisyutu->setChecked(true);
     setComboItemData(kSyubetuSisyutu);
+    proposeLastUsed(kSyubetuSisyutu);
     ui->rdbSisyutu->setFocus();
 }
 
@@ -202,6 +207,7 @@ void ViewController::closePanel()
         while (owner && owner != ui->itemData) owner = owner->parentWidget();
         if (owner) popup->close();
     }
+    noteCompleter->popup()->hide();
     ui->itemData->hide();
     edited.reset();
     setListsEnabled(true);
@@ -309,4 +315,5 @@ void ViewController::refreshAfterStore()
 {
     tblItemReload();
     reloadSisanList();
+    findFollowsBook();
 }

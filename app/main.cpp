@@ -13,6 +13,8 @@
 #include "app/QuitOnSignal.h"
 #include "app/SingleInstance.h"
 #include "app/ViewController.h"
+#include "find/IndexAtStart.h"
+#include "find/TextFolding.h"
 #include "store/DataModel.h"
 #include "ui/MessageService.h"
 
@@ -66,6 +68,7 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("Zenvora"));
     QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     installStoreMessageSink();
+    installTextFold();
 
     // An absolute path, so that the lock and the running program's address
     // are the same for every spelling of the same book.
@@ -79,6 +82,7 @@ int main(int argc, char** argv)
     }
     // Nothing is read or written before the book has passed its checks.
     if (!prepareBookForStart(book)) return 1;
+    prepareSearchIndex(book);
 
     DataModel& dm = DataModel::sharedInstance(book);
     AppDelegate delegate(dm);

@@ -18,6 +18,7 @@ DataModel::DataModel(std::string path, int busyTimeoutMs)
     // The stored balances lag behind the entries when the last run did not
     // end cleanly: every screen shows the recomputed ones from the start.
     if (readFromSisanTable() && readFromHimokuTable()) recomputeAllSisanZankin();
+    if (db) openSearchIndex();
 }
 
 DataModel::~DataModel()

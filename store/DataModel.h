@@ -10,8 +10,10 @@
 #include "store/IdIndexMap.h"
 #include "store/Items.h"
 #include "store/MonthEndHistory.h"
+#include "store/SearchQuery.h"
 #include "store/Sisan.h"
 #include "store/Statement.h"
+#include "store/Transaction.h"
 
 struct sqlite3;
 class ItemsArena;
@@ -79,6 +81,8 @@ public:
     int64_t theSisanNo = 0;    // position (not Id) in sisanList of the shown asset
 
     // ---- lifecycle and statement helpers ---------------------------------
+    // The path of the book, for connections of other threads.
+    const std::string& bookPath() const { return strPath; }
     void openDB();
     void closeDB();
     // Re-reads assets, categories and the shown asset's entries, stopping at
@@ -183,6 +187,19 @@ public:
     // On a failure the history is left as it was.
     bool sisanHistoryFromItemsTable(int64_t nen, int64_t tuki);
 
+    // ---- search ----------------------------------------------------------------
+    // The search index (SearchIndex.h) is made when the book is opened and
+    // follows every entry write in the same transaction. False while it could
+    // not be made; searchIndexError then says why.
+    bool searchIndexReady = false;
+    std::string searchIndexError;
+    // Brings the index up to date with changes made by other programs (or
+    // left queued by a failure); false when that failed.
+    bool refreshSearchIndex();
+    // The words of a search text, folded, each with the sub-items and assets
+    // whose folded names contain it.
+    std::vector<SearchWord> searchWords(const std::string& text) const;
+
 private:
     sqlite3* db = nullptr;
     Statement stmt;  // the statement in use; finalized before the next
@@ -213,6 +230,16 @@ private:
     bool beganOrReport(const Transaction& tx);
     bool commitOrReport(Transaction& tx);
 
+    // Makes the search index when missing and applies its queue.
+    void openSearchIndex();
+    // Applies the index queue inside the open transaction (a savepoint: a
+    // failure there rolls back only the index work).
+    void keepSearchIndexInStep();
+    // Runs write (statements on Items) in one transaction that the search
+    // index follows; false, with the message of whatever failed, otherwise.
+    template <typename Write>
+    bool writeItems(Write write);
+
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.
     bool rereadShownItems();
@@ -242,6 +269,15 @@ private:
     void clearItemList();
     std::shared_ptr<ItemsArena> emptyItemsArena();
 };
+
+template <typename Write>
+bool DataModel::writeItems(Write write)
+{
+    Transaction tx(db);
+    if (!beganOrReport(tx) || !write()) return false;
+    keepSearchIndexInStep();
+    return commitOrReport(tx);
+}
 
 template <typename OnRow>
 bool DataModel::readRows(const char* failurePrefix, const char* informative, OnRow onRow)

@@ -156,6 +156,7 @@ bool DataModel::deleteUtiwakeHimoku(int64_t id, int64_t hno, int64_t ucount)
         if (!runWrite("DELETE FROM Items WHERE HimokuNo=" + ids, "error preparing delete items from utiwake: ",
                       "information", "failure delete items  from himoku: "))
             return false;
+        keepSearchIndexInStep();
         if (!commitOrReport(tx)) return false;
     }
     return rereadAfterHimokuDelete();
@@ -178,6 +179,7 @@ bool DataModel::deleteHimokuHimoku(int64_t himokuid, const std::vector<int64_t>&
                           "failure delet  items from himoku delete: "))
                 return false;
         }
+        keepSearchIndexInStep();
         if (!commitOrReport(tx)) return false;
     }
     return rereadAfterHimokuDelete();

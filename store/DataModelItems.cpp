@@ -156,8 +156,10 @@ bool DataModel::itemNyuukinSyukkinInsert(const std::string& hizuke, int64_t nen,
 {
     if (!allFitInt32({nen, tuki, hi, sisanNo, syubetuNo, himokuNo, kingaku})) return false;
     const char* sql = syubetuNo == kSyubetuSisyutu ? kInsertSyukkin : kInsertNyuukin;
-    if (!insertItemRow(sql, "error preparing Syukkin,Nyuukin insert: ", hizuke, nen, tuki, hi, sisanNo, syubetuNo,
-                       himokuNo, -1, kingaku, bikou))
+    if (!writeItems([&] {
+            return insertItemRow(sql, "error preparing Syukkin,Nyuukin insert: ", hizuke, nen, tuki, hi, sisanNo,
+                                 syubetuNo, himokuNo, -1, kingaku, bikou);
+        }))
         return false;
     return rereadShownItems();
 }
@@ -184,6 +186,7 @@ bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int6
         if (!runWrite("UPDATE Items SET IdouId=" + std::to_string(sakiId) + " WHERE Id=" + std::to_string(motoId),
                       "error prepare update 移動元item: ", "stop the app", "failure updating  移動元item: "))
             return false;
+        keepSearchIndexInStep();
         if (!commitOrReport(tx)) return false;
     }
     // Only the destination's balance is needed from its ledger; the list
@@ -203,17 +206,22 @@ bool DataModel::itemUpdate(int64_t id, const std::string& hizuke, int64_t nen, i
                             " ,SisanNo=" + std::to_string(sisanNo) + " ,SyubetuNo=" + std::to_string(syubetuNo) +
                             " ,HimokuNo=  " + std::to_string(himokuNo) + amountColumn + std::to_string(kingaku) +
                             " ,Bikou = ?" + " WHERE Id=" + std::to_string(id);
-    if (!prepare(sql, "error prepare update 編集更新item: ", "stop the app")) return false;
-    const bool done = bind_text(1, hizuke) && bind_text(2, bikou) && stepDone("failure updating  編集更新item: ");
-    finalize();
+    const bool done = writeItems([&] {
+        if (!prepare(sql, "error prepare update 編集更新item: ", "stop the app")) return false;
+        const bool updated = bind_text(1, hizuke) && bind_text(2, bikou) && stepDone("failure updating  編集更新item: ");
+        finalize();
+        return updated;
+    });
     return done && readFromItemsTable(sisanNo);
 }
 
 bool DataModel::itemDelete(int64_t id)
 {
     if (!allFitInt32({id})) return false;
-    if (!runWrite("DELETE FROM Items WHERE Id=" + std::to_string(id), "error preparing delete: ", "information",
-                  "failure deletin from Items: "))
+    if (!writeItems([&] {
+            return runWrite("DELETE FROM Items WHERE Id=" + std::to_string(id), "error preparing delete: ",
+                            "information", "failure deletin from Items: ");
+        }))
         return false;
     return rereadShownItems();
 }
@@ -230,6 +238,7 @@ bool DataModel::itemDeleteIdouPair(int64_t partnerId, int64_t id)
                           "information", "failure deletin from Items: "))
                 return false;
         }
+        keepSearchIndexInStep();
         if (!commitOrReport(tx)) return false;
     }
     // The partner's asset loses the row too: bring its balance up to date.
@@ -240,7 +249,7 @@ bool DataModel::itemDeleteIdouPair(int64_t partnerId, int64_t id)
 bool DataModel::itemDeleteWhereSisanNo(int64_t sisanId)
 {
     if (!allFitInt32({sisanId})) return false;
-    if (!deleteItemsOfSisan(sisanId)) return false;
+    if (!writeItems([&] { return deleteItemsOfSisan(sisanId); })) return false;
     return rereadShownItems();
 }
 
@@ -254,6 +263,7 @@ bool DataModel::sisanDeleteWithItems(int64_t id)
         if (!runWrite("DELETE FROM Sisan WHERE Id=" + std::to_string(id), "error preparing delete sisan: ",
                       "information", "failure deletin from sisan: "))
             return false;
+        keepSearchIndexInStep();
         if (!commitOrReport(tx)) return false;
     }
     return rereadShownItems() && readFromSisanTable();

@@ -22,6 +22,12 @@ Step Statement::step()
     }
 }
 
+void Statement::reset()
+{
+    sqlite3_reset(stmt_);
+    sqlite3_clear_bindings(stmt_);
+}
+
 void Statement::finalize()
 {
     sqlite3_finalize(stmt_);
@@ -38,6 +44,11 @@ int Statement::bindInt(int index, int value)
     return sqlite3_bind_int(stmt_, index, value);
 }
 
+int Statement::bindInt64(int index, int64_t value)
+{
+    return sqlite3_bind_int64(stmt_, index, value);
+}
+
 int64_t Statement::columnInt(int column) const
 {
     return sqlite3_column_int(stmt_, column);
@@ -52,6 +63,11 @@ std::string Statement::columnText(int column) const
 {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
     return text ? std::string(text, static_cast<size_t>(sqlite3_column_bytes(stmt_, column))) : std::string();
+}
+
+bool Statement::columnIsNull(int column) const
+{
+    return sqlite3_column_type(stmt_, column) == SQLITE_NULL;
 }
 
 int64_t Statement::columnSum(int column) const

@@ -24,16 +24,20 @@ public:
     // True when sql (whole text) was prepared on db.
     bool prepare(sqlite3* db, const std::string& sql);
     Step step();
+    // Makes the prepared statement ready to run again with new parameters.
+    void reset();
     void finalize();
 
     // SQLite's result codes (0 = done).
     int bindText(int index, const std::string& text);
     int bindInt(int index, int value);
+    int bindInt64(int index, int64_t value);
 
     // Column readers of the current row; NULL reads as 0 or "".
     int64_t columnInt(int column) const;    // a 32-bit column, widened
     int64_t columnInt64(int column) const;  // a balance or a sum of amounts
     std::string columnText(int column) const;
+    bool columnIsNull(int column) const;
     // A SUM column read through its decimal text, which keeps all 64 bits.
     int64_t columnSum(int column) const;
 

@@ -3,10 +3,13 @@
 
 #include <QApplication>
 
+#include "find/TextFolding.h"
+
 int main(int argc, char** argv)
 {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
+    installTextFold();
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

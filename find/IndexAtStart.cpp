@@ -1,0 +1,29 @@
+#include "find/IndexAtStart.h"
+
+#include <QApplication>
+#include <QProgressDialog>
+#include <cstdio>
+#include <memory>
+
+#include "store/SearchIndex.h"
+
+void prepareSearchIndex(const std::string& path)
+{
+    std::unique_ptr<QProgressDialog> dialog;
+    const auto progress = [&dialog](int64_t done, int64_t total) {
+        if (!dialog) {
+            // Small books are done before anything would be seen.
+            dialog = std::make_unique<QProgressDialog>(QStringLiteral("検索用の索引を作成しています（初回のみ）…"),
+                                                       QString(), 0, 1000);
+            dialog->setWindowTitle(QStringLiteral("Zenvora"));
+            dialog->setCancelButton(nullptr);
+            dialog->setMinimumDuration(400);
+        }
+        dialog->setValue(total > 0 ? static_cast<int>(1000 * done / total) : 1000);
+        QApplication::processEvents();
+        return true;
+    };
+    std::string error;
+    if (ensureSearchIndexAt(path, progress, &error) == IndexBuild::Failed)
+        std::fprintf(stderr, "Zenvora: the search index could not be made: %s\n", error.c_str());
+}
