@@ -9,9 +9,24 @@ namespace {
 
 constexpr char16_t kChouon = u'ー';  // U+30FC, the katakana long-vowel mark
 
+bool isHiragana(char16_t c)
+{
+    return c >= 0x3041 && c <= 0x3096;
+}
+
+bool isKatakana(char16_t c)
+{
+    return c >= 0x30A1 && c <= 0x30FA;
+}
+
 bool isKana(char16_t c)
 {
-    return (c >= 0x3041 && c <= 0x3096) || (c >= 0x30A1 && c <= 0x30FA);
+    return isHiragana(c) || isKatakana(c);
+}
+
+bool sameScript(char16_t a, char16_t b)
+{
+    return (isHiragana(a) && isHiragana(b)) || (isKatakana(a) && isKatakana(b));
 }
 
 // Characters written for a long vowel after kana: hyphens, dashes, minus signs.
@@ -33,8 +48,9 @@ bool isDashLike(char16_t c)
     }
 }
 
-// Reads dash-like marks after kana as one "ー" and drops the marks that end a
-// kana word: the spelling of a final long vowel varies (サーバー, サーバ).
+// Reads a run of dash-like marks after kana as one "ー" and drops it where it
+// ends a word (the next character is not kana of the same script, as in
+// スーパーで): the spelling of a final long vowel varies (サーバー, サーバ).
 QString foldLongVowels(const QString& text)
 {
     QString out;
@@ -42,16 +58,15 @@ QString foldLongVowels(const QString& text)
     const qsizetype n = text.size();
     for (qsizetype i = 0; i < n; ++i) {
         const char16_t c = text[i].unicode();
-        const bool afterKana = !out.isEmpty() && (isKana(out.back().unicode()) || out.back() == kChouon);
-        if (!(isDashLike(c) && afterKana)) {
+        const char16_t before = out.isEmpty() ? 0 : out.back().unicode();
+        if (!isDashLike(c) || !isKana(before)) {
             out += QChar(c);
             continue;
         }
-        qsizetype j = i;
-        while (j + 1 < n && isDashLike(text[j + 1].unicode())) ++j;
-        const bool endsWord = j + 1 >= n || !isKana(text[j + 1].unicode());
-        if (!endsWord && out.back() != kChouon) out += QChar(kChouon);
-        i = j;
+        qsizetype last = i;
+        while (last + 1 < n && isDashLike(text[last + 1].unicode())) ++last;
+        if (last + 1 < n && sameScript(before, text[last + 1].unicode())) out += QChar(kChouon);
+        i = last;
     }
     return out;
 }
