@@ -2,6 +2,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QCompleter>
+#include <QStandardItemModel>
 #include <QDate>
 #include <QKeyEvent>
 #include <QStringListModel>
@@ -207,7 +208,10 @@ void ViewController::closePanel()
         while (owner && owner != ui->itemData) owner = owner->parentWidget();
         if (owner) popup->close();
     }
+    // Suggestions belong to the note being typed: the next entry starts without.
     noteCompleter->popup()->hide();
+    noteSuggestions.clear();
+    noteModel->clear();
     ui->itemData->hide();
     edited.reset();
     setListsEnabled(true);

@@ -105,7 +105,10 @@ void FindBar::wire()
             if (!settingPeriod) runSearch();
         });
     connect(runner, &SearchRunner::found, this, &FindBar::showFound);
+    // Enter activates; a double click activates too in some styles only. A
+    // second jump to the same entry changes nothing.
     connect(ui->tblFindResults, &QAbstractItemView::activated, this, &FindBar::activated);
+    connect(ui->tblFindResults, &QAbstractItemView::doubleClicked, this, &FindBar::activated);
     connect(ui->btnFindSaveCsv, &QPushButton::clicked, this, &FindBar::saveCsv);
     connect(ui->btnFindClose, &QPushButton::clicked, this, &FindBar::closeBar);
 }
