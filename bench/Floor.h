@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 struct sqlite3;
 
@@ -20,6 +21,8 @@ public:
     void insertEntry(int64_t sisanId, int64_t himokuId);  // insert + re-read
     void insertTransfer(int64_t from, int64_t to);      // pair + link + both re-reads
     void deleteSubItem(int64_t id, int64_t hno, int64_t ucount, int64_t shownSisanId);
+    // A search: the statement with its text parameters, every column read.
+    void readFound(const std::string& sql, const std::vector<std::string>& texts);
 
     int64_t checksum() const { return sink_; }
 

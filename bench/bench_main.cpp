@@ -23,6 +23,8 @@
 #include "bench/Generator.h"
 #include "bench/MainWindowBench.h"
 #include "bench/ReportBench.h"
+#include "bench/SearchBench.h"
+#include "find/TextFolding.h"
 #include "store/DataModel.h"
 #include "store/MessageSink.h"
 
@@ -92,6 +94,7 @@ int main(int argc, char** argv)
     std::filesystem::create_directories(dir);
     const std::string path = dir + "/Zenvora.sql";
     std::filesystem::remove(path);
+    installTextFold();
     setMessageSink([](const std::string& m, const std::string& i) {
         std::fprintf(stderr, "store message: %s (%s)\n", m.c_str(), i.c_str());
     });
@@ -108,6 +111,7 @@ int main(int argc, char** argv)
                 static_cast<long long>(options.shape.entries), static_cast<long long>(ledger.entriesOfLargest),
                 generateMs, path.c_str());
 
+    benchIndexBuild(path);
     auto dm = std::make_unique<DataModel>(path);
     Floor floor(path);
     const int64_t largest = ledger.largestSisanId;
@@ -137,12 +141,19 @@ int main(int argc, char** argv)
 
     dm->theSisanNo = dm->sisanId2Idx.at(largest);
     const int64_t himoku = expenseSubItems(*dm).front()->Id;
+    benchSearch(*dm, floor, runs);
+
+    // The floor's writes fire the index triggers too; their queue is applied
+    // before each of the store's turns, so the store follows only its own.
+    const auto catchUp = [&](int turn) {
+        if (turn % 2 == 0) dm->refreshSearchIndex();
+    };
     compare("insert_entry_largest", runs,
             [&](int) { dm->itemNyuukinSyukkinInsert("2025-06-15", 2025, 6, 15, largest, 1, himoku, 1200, "bench"); },
-            [&](int) { floor.insertEntry(largest, himoku); });
+            [&](int) { floor.insertEntry(largest, himoku); }, catchUp);
     compare("insert_transfer", runs,
             [&](int) { dm->itemIdouSisanInsert("2025-06-15", 2025, 6, 15, largest, 3, ledger.secondSisanId, 1200, "bench"); },
-            [&](int) { floor.insertTransfer(largest, ledger.secondSisanId); });
+            [&](int) { floor.insertTransfer(largest, ledger.secondSisanId); }, catchUp);
 
     // Each run deletes another sub-item; store and floor take turns along
     // the list so that both see sub-items of the same size.
@@ -160,7 +171,9 @@ int main(int argc, char** argv)
                 floor.deleteSubItem(v->Id, v->Hno, category->Ucount, largest);
             },
             [&](int turn) {
-                if (turn % 2 == 0) dm->readFromHimokuTable();  // the floor's deletion is news to the store
+                if (turn % 2 != 0) return;
+                dm->readFromHimokuTable();  // the floor's deletion is news to the store
+                dm->refreshSearchIndex();
             });
     std::fprintf(stderr, "floor checksum %lld\n", static_cast<long long>(floor.checksum()));
 
