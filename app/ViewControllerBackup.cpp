@@ -71,4 +71,5 @@ void ViewController::showReopenedBook()
     }
     showGrandTotal();
     refreshComboItems();
+    findFollowsBook();
 }
