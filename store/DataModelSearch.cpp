@@ -37,6 +37,9 @@ bool DataModel::openSearchIndex(const IndexProgress& progress)
     std::string error;
     const IndexBuild built = ensureSearchIndex(db, progress, &error);
     searchIndexReady = (built == IndexBuild::Present || built == IndexBuild::Built) && applySearchQueue(db, &error);
+    // Tidying only: notes left unused are never offered anyway.
+    std::string tidying;
+    if (searchIndexReady) dropUnusedNotes(db, &tidying);
     sqlite3_busy_timeout(db, busyTimeoutMs);
     searchIndexError = error;
     return searchIndexReady;

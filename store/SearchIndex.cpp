@@ -34,17 +34,28 @@ const char* const kCreate[] = {
     "CREATE VIRTUAL TABLE ItemsFts USING fts5(Folded, tokenize='trigram', columnsize=0)",
     "CREATE TABLE ItemsFtsQueue (Id INTEGER PRIMARY KEY)",
     "CREATE TABLE ItemsFtsInfo (Id INTEGER PRIMARY KEY, Key TEXT NOT NULL UNIQUE, Value TEXT NOT NULL)",
-    // Plain SQL that any SQLite runs: an older program writing an entry only
-    // queues its Id. A replaced row is an insert, so every insert is queued.
+    // Plain SQL that any SQLite runs, so that an older program's writes are
+    // followed too. A new or changed note needs folding: its entry's Id is
+    // queued for this program. A replaced row is an insert, so every insert
+    // is queued.
     "CREATE TRIGGER ItemsFts_Insert AFTER INSERT ON Items BEGIN "
     "INSERT OR IGNORE INTO ItemsFtsQueue (Id) VALUES (new.Id); END",
     "CREATE TRIGGER ItemsFts_Update AFTER UPDATE OF Id, Bikou ON Items "
     "WHEN old.Bikou IS NOT new.Bikou OR old.Id IS NOT new.Id BEGIN "
     "INSERT OR IGNORE INTO ItemsFtsQueue (Id) VALUES (old.Id); "
     "INSERT OR IGNORE INTO ItemsFtsQueue (Id) VALUES (new.Id); END",
+    // A deleted entry needs no folding: it leaves the index at once, and its
+    // note counts one entry less (the newest before it when it was the newest).
     "CREATE TRIGGER ItemsFts_Delete AFTER DELETE ON Items WHEN old.Bikou <> '' BEGIN "
-    "INSERT OR IGNORE INTO ItemsFtsQueue (Id) VALUES (old.Id); END",
+    "UPDATE ItemsFtsNote SET Uses = Uses - 1, LastId = CASE WHEN LastId = old.Id THEN "
+    "COALESCE((SELECT MAX(e.Id) FROM ItemsFtsEntry e WHERE e.NoteId = ItemsFtsNote.Id AND e.Id < old.Id), 0) "
+    "ELSE LastId END WHERE Id = (SELECT NoteId FROM ItemsFtsEntry WHERE Id = old.Id); "
+    "DELETE FROM ItemsFtsEntry WHERE Id = old.Id; END",
 };
+
+// The layout of these tables and triggers: an index of another layout is
+// made again.
+const char* const kLayout = "2";
 
 const char* const kCreateEntryIndex = "CREATE INDEX ItemsFtsEntry_NoteId ON ItemsFtsEntry (NoteId)";
 
@@ -67,33 +78,18 @@ bool run(sqlite3* db, const char* sql, std::string* error)
     return runControlStatement(db, sql) || fail(error, db, sql);
 }
 
-// Reads the rows of a prepared statement; false when a step failed.
-template <typename OnRow>
-bool eachRow(Statement& s, OnRow onRow)
-{
-    for (;;) {
-        switch (s.step()) {
-        case Step::Row:
-            onRow();
-            break;
-        case Step::Done:
-            return true;
-        case Step::Error:
-            return false;
-        }
-    }
-}
-
-std::optional<std::string> storedFolding(sqlite3* db)
+std::optional<std::string> storedInfo(sqlite3* db, const char* key)
 {
     Statement s;
-    if (!s.prepare(db, "SELECT Value FROM ItemsFtsInfo WHERE Key = 'fold'")) return std::nullopt;
+    if (!s.prepare(db, "SELECT Value FROM ItemsFtsInfo WHERE Key = ?") || s.bindText(1, key) != SQLITE_OK)
+        return std::nullopt;
     std::optional<std::string> value;
-    if (!eachRow(s, [&] { value = s.columnText(0); })) return std::nullopt;
+    if (!s.eachRow([&] { value = s.columnText(0); })) return std::nullopt;
     return value;
 }
 
-// True when every object exists and the index was built with today's folding.
+// True when every object exists and the index was built in today's layout
+// with today's folding.
 bool indexComplete(sqlite3* db)
 {
     Statement s;
@@ -103,7 +99,7 @@ bool indexComplete(sqlite3* db)
         s.bindText(1, name);
         if (s.step() != Step::Row || s.columnInt(0) == 0) return false;
     }
-    return storedFolding(db) == textFoldVersion();
+    return storedInfo(db, "fold") == textFoldVersion() && storedInfo(db, "layout") == kLayout;
 }
 
 // One distinct folded note while the index is built.
@@ -133,7 +129,7 @@ bool loadEntries(sqlite3* db, const IndexProgress& progress, bool* cancelled, st
     std::unordered_map<std::string, NoteTally*> folded;  // raw note -> its tally
     int64_t done = 0;
     bool ok = true;
-    const bool read_all = eachRow(read, [&] {
+    const bool read_all = read.eachRow([&] {
         if (!ok) return;
         const int64_t id = read.columnInt64(0);
         const std::string raw = read.columnText(1);
@@ -195,8 +191,9 @@ IndexBuild build(sqlite3* db, const IndexProgress& progress, std::string* error)
     if (!loadEntries(db, progress, &cancelled, error)) return cancelled ? IndexBuild::Cancelled : IndexBuild::Failed;
     if (!run(db, kCreateEntryIndex, error)) return IndexBuild::Failed;
     Statement info;
-    if (!info.prepare(db, "INSERT INTO ItemsFtsInfo (Key, Value) VALUES ('fold', ?)") ||
-        info.bindText(1, textFoldVersion()) != SQLITE_OK || info.step() != Step::Done)
+    if (!info.prepare(db, "INSERT INTO ItemsFtsInfo (Key, Value) VALUES ('fold', ?1), ('layout', ?2)") ||
+        info.bindText(1, textFoldVersion()) != SQLITE_OK || info.bindText(2, kLayout) != SQLITE_OK ||
+        info.step() != Step::Done)
         return fail(error, db, "writing the folding"), IndexBuild::Failed;
     info.finalize();
     if (!tx.commit()) return fail(error, db, "COMMIT"), IndexBuild::Failed;
@@ -257,7 +254,7 @@ public:
             update.bindInt64(1, delta);
             update.bindInt64(2, note);
             int64_t uses = 0;
-            if (!eachRow(update, [&] { uses = update.columnInt64(0); })) return false;
+            if (!update.eachRow([&] { uses = update.columnInt64(0); })) return false;
             if (uses > 0) continue;
             for (Statement* s : {&drop, &dropFts}) {
                 s->reset();
@@ -278,7 +275,7 @@ private:
         findNote_.reset();
         findNote_.bindText(1, folded);
         std::optional<int64_t> id;
-        if (!eachRow(findNote_, [&] { id = findNote_.columnInt64(0); })) return std::nullopt;
+        if (!findNote_.eachRow([&] { id = findNote_.columnInt64(0); })) return std::nullopt;
         if (id) return id;
         addNote_.reset();
         addNote_.bindText(1, folded);
@@ -306,7 +303,7 @@ bool readQueue(sqlite3* db, std::vector<Queued>& queued)
     if (!s.prepare(db, "SELECT q.Id, COALESCE(e.NoteId, 0), i.Bikou FROM ItemsFtsQueue q "
                        "LEFT JOIN ItemsFtsEntry e ON e.Id = q.Id LEFT JOIN Items i ON i.Id = q.Id"))
         return false;
-    return eachRow(s, [&] { queued.push_back({s.columnInt64(0), s.columnInt64(1), s.columnText(2)}); });
+    return s.eachRow([&] { queued.push_back({s.columnInt64(0), s.columnInt64(1), s.columnText(2)}); });
 }
 
 bool applyQueued(sqlite3* db, const std::vector<Queued>& queued, std::string* error)
@@ -361,4 +358,19 @@ bool applySearchQueue(sqlite3* db, std::string* error)
     queued.clear();
     if (!readQueue(db, queued)) return fail(error, db, "reading the index queue");
     return applyQueued(db, queued, error) && (tx.commit() || fail(error, db, "COMMIT"));
+}
+
+bool dropUnusedNotes(sqlite3* db, std::string* error)
+{
+    Statement any;
+    if (!any.prepare(db, "SELECT 1 FROM ItemsFtsNote WHERE Uses <= 0 LIMIT 1"))
+        return fail(error, db, "reading the notes");
+    bool found = false;
+    if (!any.eachRow([&] { found = true; })) return fail(error, db, "reading the notes");
+    any.finalize();
+    if (!found) return true;
+    Transaction tx(db);
+    if (!tx.began()) return fail(error, db, "BEGIN");
+    return run(db, "DELETE FROM ItemsFts WHERE rowid IN (SELECT Id FROM ItemsFtsNote WHERE Uses <= 0)", error) &&
+           run(db, "DELETE FROM ItemsFtsNote WHERE Uses <= 0", error) && (tx.commit() || fail(error, db, "COMMIT"));
 }

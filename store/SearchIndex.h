@@ -12,14 +12,15 @@ struct sqlite3;
 //                  entries that carry it and the Id of the newest of them;
 //   ItemsFts       an FTS5 trigram index over those notes (rowid = note Id);
 //   ItemsFtsEntry  which note each entry carries (entries with a note only);
-//   ItemsFtsQueue  Ids of entries changed since the index was last brought
-//                  up to date;
-//   ItemsFtsInfo   the folding the index was built with.
-// Plain-SQL triggers on Items put the Id of every inserted, deleted or
-// re-noted entry into the queue, in the same transaction as the change, so
-// that a change by any program, an older Zenvora included, is caught. Folding
-// needs the application's Unicode tables, so the queue is applied by this
-// program (applySearchQueue): the triggers never call a function of ours.
+//   ItemsFtsQueue  Ids of entries inserted or re-noted since the index was
+//                  last brought up to date;
+//   ItemsFtsInfo   the layout and the folding the index was built with.
+// Plain-SQL triggers on Items keep it in step in the same transaction as the
+// change, so that a change by any program, an older Zenvora included, is
+// caught: a deleted entry leaves the index at once; an inserted or re-noted
+// one is queued, since folding its note needs the application's Unicode
+// tables, and this program applies the queue (applySearchQueue). The
+// triggers never call a function of ours.
 //
 // All these tables, their FTS5 shadow tables and the triggers have names that
 // begin with "ItemsFts".
@@ -44,6 +45,11 @@ IndexBuild ensureSearchIndex(sqlite3* db, const IndexProgress& progress, std::st
 
 // The same on the book at path, through a connection of its own.
 IndexBuild ensureSearchIndexAt(const std::string& path, const IndexProgress& progress, std::string* error);
+
+// Drops the notes no entry carries any more (the triggers leave them when
+// entries are deleted; they are never offered). False (with *error) on a
+// failure, which changes nothing.
+bool dropUnusedNotes(sqlite3* db, std::string* error);
 
 // Folds the notes of the queued entries into the index and empties the queue.
 // Runs inside the caller's transaction when one is open, else in its own.

@@ -10,8 +10,9 @@
 
 namespace {
 
-// The columns of a found entry, in FoundItem's order.
-const char* const kColumns = "SELECT Id, Hizuke, SisanNo, SyubetuNo, HimokuNo, IdouSisanNo, Nyuukin, Syukkin, Bikou FROM Items";
+// The columns of a found entry, in FoundItem's order, of the entry i.
+const char* const kColumns =
+    "SELECT i.Id, i.Hizuke, i.SisanNo, i.SyubetuNo, i.HimokuNo, i.IdouSisanNo, i.Nyuukin, i.Syukkin, i.Bikou";
 
 // Steps between two looks at the cancel flag.
 constexpr int kProgressSteps = 4000;
@@ -23,21 +24,59 @@ std::string idList(const std::vector<int64_t>& ids)
     return out;
 }
 
-// The Ids of the entries whose note contains the word (one text parameter).
-std::string noteEntries(const SearchWord& word)
+bool usesTrigrams(const SearchWord& word)
 {
-    const char* notes = characterCount(word.folded) >= kTrigramLength
-                            ? "SELECT rowid FROM ItemsFts WHERE ItemsFts MATCH ?"
-                            : "SELECT Id FROM ItemsFtsNote WHERE instr(Folded, ?) > 0";
-    return std::string("Id IN (SELECT Id FROM ItemsFtsEntry WHERE NoteId IN (") + notes + "))";
+    return characterCount(word.folded) >= kTrigramLength;
 }
 
-std::string wordCondition(const SearchWord& word, SearchSql& out)
+// The Ids of the notes containing the word (one text parameter): from the
+// trigram index, or for a short word from a scan of the distinct notes.
+std::string notesWith(const SearchWord& word, SearchSql& out)
 {
-    std::string sql = "(" + noteEntries(word);
-    out.texts.push_back(characterCount(word.folded) >= kTrigramLength ? ftsPhrase(word.folded) : word.folded);
-    if (!word.himokuIds.empty()) sql += " OR (SyubetuNo IN (1,2) AND HimokuNo IN (" + idList(word.himokuIds) + "))";
-    if (!word.sisanIds.empty()) sql += " OR (SyubetuNo IN (3,4) AND IdouSisanNo IN (" + idList(word.sisanIds) + "))";
+    out.texts.push_back(usesTrigrams(word) ? ftsPhrase(word.folded) : word.folded);
+    return usesTrigrams(word) ? "SELECT rowid FROM ItemsFts WHERE ItemsFts MATCH ?"
+                              : "SELECT Id FROM ItemsFtsNote WHERE instr(Folded, ?) > 0";
+}
+
+// The Ids of the notes containing every one of the words: the trigram index
+// takes the long words in one query (all phrases must occur), the short ones
+// are looked for in the notes it found, or in all notes.
+std::string notesWithAll(const std::vector<const SearchWord*>& words, SearchSql& out)
+{
+    std::string match, scans;
+    for (const SearchWord* word : words) {
+        if (usesTrigrams(*word)) {
+            match += (match.empty() ? "" : " AND ") + ftsPhrase(word->folded);
+        } else {
+            scans += (scans.empty() ? "" : " AND ") + std::string("instr(Folded, ?) > 0");
+        }
+    }
+    const char* const fts = "SELECT rowid FROM ItemsFts WHERE ItemsFts MATCH ?";
+    if (scans.empty()) {
+        out.texts.push_back(match);
+        return fts;
+    }
+    std::string sql = "SELECT Id FROM ItemsFtsNote WHERE ";
+    if (!match.empty()) {
+        out.texts.push_back(match);
+        sql += std::string("Id IN (") + fts + ") AND ";
+    }
+    for (const SearchWord* word : words)
+        if (!usesTrigrams(*word)) out.texts.push_back(word->folded);
+    return sql + scans;
+}
+
+// The word's condition on an entry i: its note (noteIn, given the notes'
+// subquery, says whether the entry carries one of them), its category or
+// sub-item (expenses and incomes) or its partner asset (transfers).
+template <typename NoteIn>
+std::string wordCondition(const SearchWord& word, SearchSql& out, NoteIn noteIn)
+{
+    std::string sql = "(" + noteIn(notesWith(word, out));
+    if (!word.himokuIds.empty())
+        sql += " OR (i.SyubetuNo IN (1,2) AND i.HimokuNo IN (" + idList(word.himokuIds) + "))";
+    if (!word.sisanIds.empty())
+        sql += " OR (i.SyubetuNo IN (3,4) AND i.IdouSisanNo IN (" + idList(word.sisanIds) + "))";
     return sql + ")";
 }
 
@@ -46,39 +85,23 @@ std::string kingakuCondition(const SearchCriteria& c)
     // Stored amounts are 32-bit: an open end is the end of that range.
     const std::string lo = std::to_string(c.kingakuMin.value_or(INT32_MIN));
     const std::string hi = std::to_string(c.kingakuMax.value_or(INT32_MAX));
-    return "((SyubetuNo IN (2,4) AND Nyuukin BETWEEN " + lo + " AND " + hi + ") OR (SyubetuNo IN (1,3) AND Syukkin BETWEEN " +
-           lo + " AND " + hi + "))";
+    return "((i.SyubetuNo IN (2,4) AND i.Nyuukin BETWEEN " + lo + " AND " + hi +
+           ") OR (i.SyubetuNo IN (1,3) AND i.Syukkin BETWEEN " + lo + " AND " + hi + "))";
 }
 
 const char* kindCondition(SearchCriteria::Kind kind)
 {
     switch (kind) {
     case SearchCriteria::Sisyutu:
-        return "SyubetuNo = 1";
+        return "i.SyubetuNo = 1";
     case SearchCriteria::Syuunyuu:
-        return "SyubetuNo = 2";
+        return "i.SyubetuNo = 2";
     case SearchCriteria::Idou:
-        return "SyubetuNo IN (3,4)";
+        return "i.SyubetuNo IN (3,4)";
     case SearchCriteria::AnyKind:
         break;
     }
     return nullptr;
-}
-
-template <typename OnRow>
-bool eachRow(Statement& s, OnRow onRow)
-{
-    for (;;) {
-        switch (s.step()) {
-        case Step::Row:
-            onRow();
-            break;
-        case Step::Done:
-            return true;
-        case Step::Error:
-            return false;
-        }
-    }
 }
 
 }  // namespace
@@ -108,23 +131,44 @@ std::string ftsPhrase(const std::string& folded)
 
 SearchSql searchSql(const SearchCriteria& c)
 {
+    // Words found in no category or asset name can match only notes: the
+    // notes holding all of them are found first, and only their entries are
+    // read, in one pass over the note index. The other words (and the other
+    // conditions) are then checked on those entries. Without such a word
+    // every condition is checked on the entries.
+    std::vector<const SearchWord*> noteOnly, others;
+    for (const SearchWord& word : c.words)
+        (word.himokuIds.empty() && word.sisanIds.empty() ? noteOnly : others).push_back(&word);
     SearchSql out;
+    out.sql = kColumns;
     std::vector<std::string> conditions;
-    for (const SearchWord& word : c.words) conditions.push_back(wordCondition(word, out));
+    if (!noteOnly.empty()) {
+        out.sql += " FROM ItemsFtsEntry e CROSS JOIN Items i ON i.Id = e.Id";
+        conditions.push_back("e.NoteId IN (" + notesWithAll(noteOnly, out) + ")");
+        for (const SearchWord* word : others)
+            conditions.push_back(wordCondition(*word, out, [](const std::string& notes) {
+                return "e.NoteId IN (" + notes + ")";
+            }));
+    } else {
+        out.sql += " FROM Items i";
+        for (const SearchWord* word : others)
+            conditions.push_back(wordCondition(*word, out, [](const std::string& notes) {
+                return "i.Id IN (SELECT Id FROM ItemsFtsEntry WHERE NoteId IN (" + notes + "))";
+            }));
+    }
     if (c.kingakuMin || c.kingakuMax) conditions.push_back(kingakuCondition(c));
     if (!c.hizukeFrom.empty()) {
-        conditions.emplace_back("Hizuke >= ?");
+        conditions.emplace_back("i.Hizuke >= ?");
         out.texts.push_back(c.hizukeFrom);
     }
     if (!c.hizukeTo.empty()) {
-        conditions.emplace_back("Hizuke <= ?");
+        conditions.emplace_back("i.Hizuke <= ?");
         out.texts.push_back(c.hizukeTo);
     }
     if (const char* kind = kindCondition(c.kind)) conditions.emplace_back(kind);
-    if (c.sisanId != 0) conditions.push_back("SisanNo = " + std::to_string(c.sisanId));
-    out.sql = kColumns;
-    for (size_t i = 0; i < conditions.size(); ++i) out.sql += (i ? " AND " : " WHERE ") + conditions[i];
-    out.sql += " ORDER BY Hizuke DESC, Id DESC";
+    if (c.sisanId != 0) conditions.push_back("i.SisanNo = " + std::to_string(c.sisanId));
+    for (size_t n = 0; n < conditions.size(); ++n) out.sql += (n ? " AND " : " WHERE ") + conditions[n];
+    out.sql += " ORDER BY i.Hizuke DESC, i.Id DESC";
     return out;
 }
 
@@ -174,7 +218,7 @@ bool SearchConnection::search(const SearchCriteria& criteria, FoundItems* found,
     if (!s.prepare(db_, q.sql)) return fail(error);
     for (size_t i = 0; i < q.texts.size(); ++i)
         if (s.bindText(static_cast<int>(i) + 1, q.texts[i]) != SQLITE_OK) return fail(error);
-    const bool read = eachRow(s, [&] {
+    const bool read = s.eachRow([&] {
         const int64_t kind = s.columnInt(3);
         const int64_t nyuukin = isNyuukinKind(kind) ? s.columnInt(6) : 0;
         const int64_t syukkin = isSyukkinKind(kind) ? s.columnInt(7) : 0;
@@ -201,13 +245,15 @@ bool SearchConnection::suggestNotes(const std::string& folded, size_t limit, std
     if (!open(error)) return false;
     const bool trigram = characterCount(folded) >= kTrigramLength;
     Statement notes;
-    if (!notes.prepare(db_, trigram ? "SELECT Folded, Uses, LastId FROM ItemsFtsNote WHERE Id IN "
+    // A note whose entries were all deleted stays until the next start: never offered.
+    if (!notes.prepare(db_, trigram ? "SELECT Folded, Uses, LastId FROM ItemsFtsNote WHERE Uses > 0 AND Id IN "
                                       "(SELECT rowid FROM ItemsFts WHERE ItemsFts MATCH ?)"
-                                    : "SELECT Folded, Uses, LastId FROM ItemsFtsNote WHERE instr(Folded, ?) > 0") ||
+                                    : "SELECT Folded, Uses, LastId FROM ItemsFtsNote WHERE Uses > 0 AND "
+                                      "instr(Folded, ?) > 0") ||
         notes.bindText(1, trigram ? ftsPhrase(folded) : folded) != SQLITE_OK)
         return fail(error);
     std::vector<NoteSuggestion> found;
-    if (!eachRow(notes, [&] {
+    if (!notes.eachRow([&] {
             NoteSuggestion n;
             n.startsWith = notes.columnText(0).rfind(folded, 0) == 0;
             n.uses = notes.columnInt64(1);
@@ -233,7 +279,7 @@ bool SearchConnection::suggestNotes(const std::string& folded, size_t limit, std
         entry.reset();
         entry.bindInt64(1, n.Id);
         bool seen = false;
-        if (!eachRow(entry, [&] {
+        if (!entry.eachRow([&] {
                 seen = true;
                 n.Bikou = entry.columnText(0);
                 n.SisanNo = entry.columnInt(1);

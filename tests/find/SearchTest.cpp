@@ -4,6 +4,7 @@
 #include <random>
 
 #include "find/TextFolding.h"
+#include "store/Changeset.h"
 #include "store/BookCheck.h"
 #include "store/SearchIndex.h"
 #include "store/SearchQuery.h"
@@ -133,6 +134,33 @@ protected:
         return ids;
     }
 
+    // The index holds exactly the entries with a note, each note's count and
+    // newest entry, with nothing left in the queue; the history holds only
+    // changes of the book's own tables.
+    void expectIndexInStep()
+    {
+        EXPECT_EQ(scalar("SELECT COUNT(*) FROM ItemsFtsQueue"), 0);
+        EXPECT_EQ(scalar("SELECT COUNT(*) FROM Items WHERE Bikou <> '' AND Id NOT IN (SELECT Id FROM ItemsFtsEntry)"), 0);
+        EXPECT_EQ(scalar("SELECT COUNT(*) FROM ItemsFtsEntry WHERE Id NOT IN (SELECT Id FROM Items WHERE Bikou <> '')"),
+                  0);
+        EXPECT_EQ(scalar("SELECT COUNT(*) FROM ItemsFtsNote WHERE Uses <> "
+                         "(SELECT COUNT(*) FROM ItemsFtsEntry e WHERE e.NoteId = ItemsFtsNote.Id)"),
+                  0);
+        EXPECT_EQ(scalar("SELECT COUNT(*) FROM ItemsFtsNote WHERE LastId <> "
+                         "(SELECT MAX(Id) FROM ItemsFtsEntry e WHERE e.NoteId = ItemsFtsNote.Id)"),
+                  0);
+        sqlite3_stmt* s = nullptr;
+        sqlite3_prepare_v2(side, "SELECT Changeset FROM History", -1, &s, nullptr);
+        while (sqlite3_step(s) == SQLITE_ROW) {
+            ChangesetReader changes(std::string(static_cast<const char*>(sqlite3_column_blob(s, 0)),
+                                                static_cast<size_t>(sqlite3_column_bytes(s, 0))));
+            while (changes.next())
+                EXPECT_TRUE(changes.isTable("Items") || changes.isTable("Sisan") || changes.isTable("Himoku"))
+                    << changes.table();
+        }
+        sqlite3_finalize(s);
+    }
+
     void expectSameAsBruteForce(const std::vector<std::string>& queries)
     {
         for (const std::string& q : queries) {
@@ -163,7 +191,10 @@ TEST_F(SearchTest, WordsAmountsPeriodsKindsAndAssetsFindWhatABruteForceScanFinds
     expectSameAsBruteForce({"スーパー", "ｽｰﾊﾟｰ", "スーパ", "すーぱー", "コンピューター", "コンピュータ", "ＡＢＣ", "abc",
                             "家賃", "代", "費", "外食", "食費 スーパー", "預金", "ｶｰﾄﾞ", "カード", "5月分", "５月",
                             "寿司", "🍣", "Mom's", "\"shop\"", "\"", "AND", "OR NOT", "*", "a*b", "NEAR(c)", "NEAR",
-                            "DROP TABLE", "'; --", "ビール", "ビル", longText, "存在しない語"});
+                            "DROP TABLE", "'; --", "ビール", "ビル", longText, "存在しない語",
+                            // words of notes only, long and short, alone and with a category or an asset
+                            "電気代 5月", "５月 電気代 分", "商店 abc", "ビ ル", "寿司 🍣", "スーパー 5月",
+                            "ｶｰﾄﾞ 寿司", "家賃 寿司"});
 
     EXPECT_GT(search("ｽｰﾊﾟｰ").size(), 50u) << "スーパー, ｽｰﾊﾟｰ, スーパ and スーパーマーケット alike";
 
@@ -199,21 +230,45 @@ TEST_F(SearchTest, TheIndexFollowsTheStoreAnotherProgramAndARolledBackWrite)
     EXPECT_EQ(search("うどん").size(), 1u);
     ASSERT_TRUE(dm.deleteUtiwakeHimoku(4, 1, 3));  // 食費/スーパー and its entries
     ASSERT_TRUE(dm.readFromHimokuTable());
+    expectIndexInStep();
+
+    // Undo and redo apply recorded changes, which the index follows in the
+    // same step: the deleted entries come back and go again, the edited note
+    // becomes ラーメン again.
+    const std::vector<std::string> undone{"スーパー", "ラーメン", "うどん", "ﾗｰﾒﾝ 屋"};
+    const auto expected = [&] {
+        std::vector<std::vector<int64_t>> found;
+        for (const std::string& q : undone) found.push_back(bruteForce(q, {}));
+        return found;
+    };
+    const auto foundNow = [&] {
+        expectIndexInStep();
+        std::vector<std::vector<int64_t>> found;
+        for (const std::string& q : undone) found.push_back(search(q));
+        return found;
+    };
+    const auto afterDelete = expected();
+    ASSERT_TRUE(dm.undo());
+    ASSERT_TRUE(dm.undo());
+    const auto afterUndo = expected();
+    EXPECT_GT(afterUndo[0].size(), afterDelete[0].size());
+    EXPECT_EQ(afterUndo[2].size(), 0u);
+    EXPECT_EQ(foundNow(), afterUndo);
+    ASSERT_TRUE(dm.redo());
+    ASSERT_TRUE(dm.redo());
+    EXPECT_EQ(foundNow(), afterDelete);
+    ASSERT_TRUE(dm.readFromHimokuTable());
 
     // Another program (an older Zenvora) writes behind the store's back: the
-    // triggers only queue, and the next search folds the queue in.
+    // triggers take its deletions out and queue its new notes, which the next
+    // search folds in.
     exec("INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Syukkin,Bikou) "
          "VALUES ('2024-06-01',2024,6,1,1,1,2,-1,300,'ｺｰﾋｰ豆')");
     exec("UPDATE Items SET Bikou='スーパー' WHERE Bikou='家賃'");
     exec("DELETE FROM Items WHERE Bikou='コンピュータ'");
     EXPECT_GT(scalar("SELECT COUNT(*) FROM ItemsFtsQueue"), 0);
     expectSameAsBruteForce({"コーヒー", "家賃", "スーパー", "コンピュータ", "うどん", "ラーメン"});
-    EXPECT_EQ(scalar("SELECT COUNT(*) FROM ItemsFtsNote WHERE Uses <> "
-                     "(SELECT COUNT(*) FROM ItemsFtsEntry e WHERE e.NoteId = ItemsFtsNote.Id)"),
-              0);
-    EXPECT_EQ(scalar("SELECT COUNT(*) FROM ItemsFtsNote WHERE LastId <> "
-                     "(SELECT MAX(Id) FROM ItemsFtsEntry e WHERE e.NoteId = ItemsFtsNote.Id)"),
-              0);
+    expectIndexInStep();
 
     // A write that fails leaves the index as it was, and the retry is found.
     const std::string index = dump("ItemsFtsNote") + dump("ItemsFtsEntry");
