@@ -185,13 +185,14 @@ bool generateLedger(const std::string& path, const LedgerShape& shape, Generated
                  insertRow(id + 1, day, partner, 4, 0, sisan, id, amount, note);
             ++id;
         } else if (roll < 175) {
+            // The amount is drawn before the sub-item, as the ledgers benchmarked before had it.
+            const int64_t amount = 10000 + static_cast<int64_t>(rng() % 300000);
             const int64_t himoku = incomeSubItems[rng() % incomeSubItems.size()];
-            ok = insertRow(id, day, sisan, 2, himoku, 0, -1, 10000 + static_cast<int64_t>(rng() % 300000),
-                           noteOf(categoryOf(himoku)));
+            ok = insertRow(id, day, sisan, 2, himoku, 0, -1, amount, noteOf(categoryOf(himoku)));
         } else {
+            const int64_t amount = 100 + static_cast<int64_t>(rng() % 30000);
             const int64_t himoku = expenseSubItems[rng() % expenseSubItems.size()];
-            ok = insertRow(id, day, sisan, 1, himoku, 0, -1, 100 + static_cast<int64_t>(rng() % 30000),
-                           noteOf(categoryOf(himoku)));
+            ok = insertRow(id, day, sisan, 1, himoku, 0, -1, amount, noteOf(categoryOf(himoku)));
         }
         if (!ok) {
             *error = sqlite3_errmsg(c.db);
