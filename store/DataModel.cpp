@@ -59,11 +59,8 @@ bool DataModel::reopenBook()
     unreadableValueSeen = false;
     badValueFound.reset();
     const bool read = readBook();
-    if (unreadableValueSeen) {
-        badValueFound = findBadValue(db);
-    } else {
-        openSearchIndex();  // the book now may be one of an older version
-    }
+    if (unreadableValueSeen) badValueFound = findBadValue(db);
+    searchIndexReady = false;  // the book now may be one of an older version
     if (historyListener) historyListener();
     return read;
 }

@@ -145,7 +145,9 @@ public:
     // Reads the book again as the start does (assets, categories, every
     // balance, the history's undo and redo lists), after another connection
     // replaced what the file holds (a restored backup). The first asset
-    // becomes the shown one; its entries are not read yet.
+    // becomes the shown one; its entries are not read yet. The search index
+    // is made or refreshed by the caller (openSearchIndex) or at the next
+    // search.
     bool reopenBook();
     // The file the store works on (search connections of other threads open it too).
     const std::string& bookPath() const { return strPath; }
