@@ -22,6 +22,7 @@
 #include "bench/Compare.h"
 #include "bench/Floor.h"
 #include "bench/Generator.h"
+#include "bench/ImportBench.h"
 #include "bench/MainWindowBench.h"
 #include "bench/ReportBench.h"
 #include "bench/SearchBench.h"
@@ -279,6 +280,7 @@ int main(int argc, char** argv)
     benchReports(*dm, dir, runs);
     benchMainWindow(*dm, largest, ledger.secondSisanId, runs, argc, argv);
     benchCharts(*dm, middleYear, runs, argc, argv);
+    benchImport(*dm, path, dir, largest, runs);
 
     dm.reset();
     if (options.keepDir.empty()) std::filesystem::remove_all(dir);

@@ -1,5 +1,7 @@
 #include "store/BookTables.h"
 
+#include "store/ImportTables.h"
+
 const std::vector<TableLayout>& requiredBookTables()
 {
     static const std::vector<TableLayout> tables{
@@ -31,25 +33,31 @@ const std::vector<TableLayout>& requiredBookTables()
 
 const std::vector<TableLayout>& optionalBookTables()
 {
-    static const std::vector<TableLayout> tables{
-        // The history of undoable steps (History.h).
-        {"History",
-         {{"Id", "INTEGER", true},
-          {"At", "INTEGER"},
-          {"Kind", "INTEGER"},
-          {"Target", "INTEGER"},
-          {"Label", "TEXT"},
-          {"Sisans", "TEXT"},
-          {"Changes", "INTEGER"},
-          {"Deletes", "INTEGER"},
-          {"Changeset", "BLOB"}}},
-        // The search index of the notes (SearchIndex.h); its FTS5 shadow
-        // tables belong to SQLite and are left to it.
-        {"ItemsFts", {{"Folded", ""}}, "virtual"},
-        {"ItemsFtsNote", {{"Id", "INTEGER", true}, {"Folded", "TEXT"}, {"Uses", "INTEGER"}, {"LastId", "INTEGER"}}},
-        {"ItemsFtsEntry", {{"Id", "INTEGER", true}, {"NoteId", "INTEGER"}}},
-        {"ItemsFtsQueue", {{"Id", "INTEGER", true}}},
-        {"ItemsFtsInfo", {{"Id", "INTEGER", true}, {"Key", "TEXT"}, {"Value", "TEXT"}}},
-    };
+    static const std::vector<TableLayout> tables = [] {
+        std::vector<TableLayout> all{
+            // The history of undoable steps (History.h).
+            {"History",
+             {{"Id", "INTEGER", true},
+              {"At", "INTEGER"},
+              {"Kind", "INTEGER"},
+              {"Target", "INTEGER"},
+              {"Label", "TEXT"},
+              {"Sisans", "TEXT"},
+              {"Changes", "INTEGER"},
+              {"Deletes", "INTEGER"},
+              {"Changeset", "BLOB"}}},
+            // The search index of the notes (SearchIndex.h); its FTS5 shadow
+            // tables belong to SQLite and are left to it.
+            {"ItemsFts", {{"Folded", ""}}, "virtual"},
+            {"ItemsFtsNote", {{"Id", "INTEGER", true}, {"Folded", "TEXT"}, {"Uses", "INTEGER"}, {"LastId", "INTEGER"}}},
+            {"ItemsFtsEntry", {{"Id", "INTEGER", true}, {"NoteId", "INTEGER"}}},
+            {"ItemsFtsQueue", {{"Id", "INTEGER", true}}},
+            {"ItemsFtsInfo", {{"Id", "INTEGER", true}, {"Key", "TEXT"}, {"Value", "TEXT"}}},
+        };
+        // The statement import's (ImportTables.h).
+        const std::vector<TableLayout>& imports = importBookTables();
+        all.insert(all.end(), imports.begin(), imports.end());
+        return all;
+    }();
     return tables;
 }
