@@ -51,6 +51,8 @@ void ViewController::viewDidLoad()
     ui->cmbItemDataHimomku->setModel(comboModel);
     layOutColumns();
     wireActions();
+    wireFind();
+    wireNoteSuggestions();
 
     showGrandTotal();
     showToday();
@@ -231,6 +233,7 @@ void ViewController::sisanKoumokuChanged(bool changed)
     }
     dropVanishedEdit();
     refreshComboItems();
+    findFollowsBook();
 }
 
 void ViewController::refreshComboItems()
