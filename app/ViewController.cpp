@@ -52,6 +52,8 @@ void ViewController::viewDidLoad()
     ui->cmbItemDataHimomku->setModel(comboModel);
     layOutColumns();
     wireActions();
+    wireFind();
+    wireNoteSuggestions();
 
     showGrandTotal();
     showToday();
@@ -236,6 +238,7 @@ void ViewController::sisanKoumokuChanged(bool changed)
     }
     dropVanishedEdit();
     refreshComboItems();
+    findFollowsBook();
 }
 
 void ViewController::refreshComboItems()
