@@ -67,6 +67,14 @@ public:
     // Hands the editor this window as its delegate; "prepare failed" on
     // standard output for an unknown identifier. False when nothing is shown.
     bool prepare(const QString& identifier, ModalEditor* destination);
+    // 設定 → 定期的な支出入: the rules' window; once it changed a rule, a
+    // look for due occurrences (a rule made today may be due today).
+    void mnuShowPrefsTeiki();
+    // Looks for occurrences of recurring entries that came due and shows
+    // them for posting; the lists then show what was posted. Runs at the
+    // start and when the day changes; while another modal window is open it
+    // waits until that one has closed.
+    void lookForDueTeiki();
     void sisanKoumokuChanged(bool changed) override;
     void himokuKoumokuChanged(bool changed) override;
     void someMessageWithAlert(const QString& message, const QString& informative = QStringLiteral("information"));
@@ -153,6 +161,7 @@ private:
     std::optional<EditedEntry> edited;
     bool selectingQuietly = false;   // a selection made by the code, not the user
     QDate shownToday;                // the day lblToday shows
+    bool teikiLookWaiting = false;   // a look for due occurrences waits for a modal window
     FindBar* findBar = nullptr;
     // Past notes offered while the note is typed, found off the main thread.
     SearchRunner* noteRunner = nullptr;

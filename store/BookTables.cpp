@@ -1,6 +1,7 @@
 #include "store/BookTables.h"
 
 #include "store/ImportTables.h"
+#include "store/TeikiTables.h"
 
 const std::vector<TableLayout>& requiredBookTables()
 {
@@ -57,6 +58,8 @@ const std::vector<TableLayout>& optionalBookTables()
         // The statement import's (ImportTables.h).
         const std::vector<TableLayout>& imports = importBookTables();
         all.insert(all.end(), imports.begin(), imports.end());
+        // The recurring entries' (TeikiTables.h).
+        for (const TableLayout& t : teikiBookTables()) all.push_back(t);
         return all;
     }();
     return tables;
