@@ -7,6 +7,7 @@
 #include <QLocale>
 #include <QShortcut>
 #include <QStringListModel>
+#include <QTimer>
 #include <iostream>
 
 #include "ui/ListTableModel.h"
@@ -51,6 +52,8 @@ void ViewController::viewDidLoad()
     ui->cmbItemDataHimomku->setModel(comboModel);
     layOutColumns();
     wireActions();
+    wireFind();
+    wireNoteSuggestions();
 
     showGrandTotal();
     showToday();
@@ -64,6 +67,8 @@ void ViewController::viewDidLoad()
     ui->rdbSisyutu->setChecked(true);
     rdbtnSelected(ui->rdbSisyutu);
     ui->itemData->hide();
+    // Due recurring entries are offered once the window is up.
+    QTimer::singleShot(0, this, &ViewController::lookForDueTeiki);
 }
 
 void ViewController::layOutColumns()
@@ -133,6 +138,7 @@ void ViewController::wireActions()
     setSegueDestination(kSeguePrefsSisan, [this](QWidget* parent) { return new PrefsSisanViewController(DM, parent); });
     setSegueDestination(kSeguePrefsHimoku,
                         [this](QWidget* parent) { return new PrefsHimokuViewController(DM, parent); });
+    connect(ui->mnuShowPrefsTeiki, &QAction::triggered, this, &ViewController::mnuShowPrefsTeiki);
     connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
     connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
@@ -160,6 +166,7 @@ void ViewController::todayChanged()
     showToday();
     // A date the user chose stays; the default moves with the day.
     if (ui->itemDataDatePicker->date() == before) ui->itemDataDatePicker->setDate(shownToday);
+    lookForDueTeiki();
 }
 
 void ViewController::setSegueDestination(const QString& identifier, SegueDestination destination)
@@ -232,6 +239,7 @@ void ViewController::sisanKoumokuChanged(bool changed)
     }
     dropVanishedEdit();
     refreshComboItems();
+    findFollowsBook();
 }
 
 void ViewController::refreshComboItems()

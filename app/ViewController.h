@@ -10,9 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "store/SearchQuery.h"
 #include "ui/ModalEditor.h"
 
 class DataModel;
+class FindBar;
+class QCompleter;
+class QStandardItemModel;
+class SearchRunner;
 class ListTableModel;
 struct StepFocus;
 class QAbstractButton;
@@ -34,7 +39,8 @@ class ViewController;
 //
 // The frame (start-up, editors, message boxes) is in ViewController.cpp, the
 // two lists in ViewControllerLists.cpp, the entry panel in
-// ViewControllerEntry.cpp.
+// ViewControllerEntry.cpp, the find bar in ViewControllerFind.cpp and the
+// note suggestions and proposals of the panel in ViewControllerNotes.cpp.
 class ViewController final : public QMainWindow, public EditorDelegate {
     Q_OBJECT
 
@@ -63,6 +69,14 @@ public:
     // Hands the editor this window as its delegate; "prepare failed" on
     // standard output for an unknown identifier. False when nothing is shown.
     bool prepare(const QString& identifier, ModalEditor* destination);
+    // 設定 → 定期的な支出入: the rules' window; once it changed a rule, a
+    // look for due occurrences (a rule made today may be due today).
+    void mnuShowPrefsTeiki();
+    // Looks for occurrences of recurring entries that came due and shows
+    // them for posting; the lists then show what was posted. Runs at the
+    // start and when the day changes; while another modal window is open it
+    // waits until that one has closed.
+    void lookForDueTeiki();
     void sisanKoumokuChanged(bool changed) override;
     void himokuKoumokuChanged(bool changed) override;
     void someMessageWithAlert(const QString& message, const QString& informative = QStringLiteral("information"));
@@ -126,6 +140,13 @@ public:
     // The index of the first combo item with this Id.
     std::optional<int> comboBoxId2Idx(int64_t id) const;
 
+    // ---- find ------------------------------------------------------------------
+    // Opens the find bar above the entry list (Ctrl+F), or focuses it.
+    void mnuFind();
+    // Selects the asset and, in its list, the entry, scrolled into view and
+    // focused so that 編集更新 works on it. Refused while an edit is open.
+    void showFoundItem(int64_t sisanId, int64_t itemId);
+
 protected:
     // Enter on a focused button presses that button.
     void keyPressEvent(QKeyEvent* event) override;
@@ -153,6 +174,13 @@ private:
     std::optional<EditedEntry> edited;
     bool selectingQuietly = false;   // a selection made by the code, not the user
     QDate shownToday;                // the day lblToday shows
+    bool teikiLookWaiting = false;   // a look for due occurrences waits for a modal window
+    FindBar* findBar = nullptr;
+    // Past notes offered while the note is typed, found off the main thread.
+    SearchRunner* noteRunner = nullptr;
+    QCompleter* noteCompleter = nullptr;
+    QStandardItemModel* noteModel = nullptr;
+    std::vector<NoteSuggestion> noteSuggestions;
 
     void viewDidLoad();
     void wireActions();
@@ -200,4 +228,18 @@ private:
     // Shows the lists as a replayed step left them.
     void showStepResult(const StepFocus& focus);
 
+    // Find bar.
+    void wireFind();
+    // After a change of the book, the find bar shows what is there now.
+    void findFollowsBook();
+
+    // Note suggestions and proposals.
+    void wireNoteSuggestions();
+    void noteTyped(const QString& text);
+    void showNoteSuggestions(const std::vector<NoteSuggestion>& notes);
+    // Fills kind, category or partner and amount from the chosen past note.
+    void noteChosen(int suggestion);
+    // For a new entry of this kind, the category (or partner) last used in
+    // the shown asset is chosen.
+    void proposeLastUsed(int64_t kind);
 };

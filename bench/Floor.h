@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 struct sqlite3;
 
@@ -23,6 +24,8 @@ public:
     void deleteSubItem(int64_t id, int64_t hno, int64_t ucount, int64_t shownSisanId);
     // The session extension applying a changeset in one transaction.
     void applyChangeset(const std::string& changeset);
+    // A search: the statement with its text parameters, every column read.
+    void readFound(const std::string& sql, const std::vector<std::string>& texts);
 
     int64_t checksum() const { return sink_; }
 

@@ -2,6 +2,7 @@
 
 #include "store/ImportTables.h"
 #include "store/SyncLog.h"
+#include "store/TeikiTables.h"
 
 const std::vector<TableLayout>& requiredBookTables()
 {
@@ -47,10 +48,23 @@ const std::vector<TableLayout>& optionalBookTables()
               {"Changes", "INTEGER"},
               {"Deletes", "INTEGER"},
               {"Changeset", "BLOB"}},
+             "table",
              false},
+            // The search index of the notes (SearchIndex.h); its FTS5 shadow
+            // tables belong to SQLite and are left to it.
+            {"ItemsFts", {{"Folded", ""}}, "virtual"},
+            {"ItemsFtsNote", {{"Id", "INTEGER", true}, {"Folded", "TEXT"}, {"Uses", "INTEGER"}, {"LastId", "INTEGER"}}},
+            {"ItemsFtsEntry", {{"Id", "INTEGER", true}, {"NoteId", "INTEGER"}}},
+            {"ItemsFtsQueue", {{"Id", "INTEGER", true}}},
+            {"ItemsFtsInfo", {{"Id", "INTEGER", true}, {"Key", "TEXT"}, {"Value", "TEXT"}}},
         };
-        // The statement import's (ImportTables.h) and the sync record's (SyncLog.h).
-        for (const auto* more : {&importBookTables(), &syncBookTables()}) all.insert(all.end(), more->begin(), more->end());
+        // The statement import's (ImportTables.h).
+        const std::vector<TableLayout>& imports = importBookTables();
+        all.insert(all.end(), imports.begin(), imports.end());
+        // The recurring entries' (TeikiTables.h).
+        for (const TableLayout& t : teikiBookTables()) all.push_back(t);
+        // The sync record's (SyncLog.h).
+        for (const TableLayout& t : syncBookTables()) all.push_back(t);
         return all;
     }();
     return tables;

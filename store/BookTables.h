@@ -15,6 +15,7 @@ struct ColumnLayout {
 struct TableLayout {
     std::string name;
     std::vector<ColumnLayout> columns;  // in order
+    std::string kind = "table";         // as PRAGMA table_list says: "table" or "virtual"
     // False for the book's own bookkeeping (the history, the sync record):
     // its changes are never recorded as a step, undone or shipped.
     bool recorded = true;

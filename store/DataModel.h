@@ -16,8 +16,12 @@
 #include "store/ImportRecords.h"
 #include "store/Items.h"
 #include "store/MonthEndHistory.h"
+#include "store/SearchIndex.h"
+#include "store/SearchQuery.h"
 #include "store/Sisan.h"
 #include "store/Statement.h"
+#include "store/Teiki.h"
+#include "store/Transaction.h"
 
 struct sqlite3;
 class ItemsArena;
@@ -38,7 +42,7 @@ struct StepFocus {
 // One changed row of a recorded step, as the history window lists it.
 struct HistoryRowView {
     std::string change;  // 追加, 削除, 変更前, 変更後
-    std::string kind;    // 入力, 資産, 費目, 内訳
+    std::string kind;    // 入力, 資産, 費目, 内訳, 定期 (a rule), 定期の記録 (an occurrence dealt with)
     std::string hizuke;
     std::string sisan;   // the asset (of an entry), or the asset itself
     std::string himoku;  // category, or the other asset of a transfer
@@ -143,9 +147,11 @@ public:
     // Reads the book again as the start does (assets, categories, every
     // balance, the history's undo and redo lists), after another connection
     // replaced what the file holds (a restored backup). The first asset
-    // becomes the shown one; its entries are not read yet.
+    // becomes the shown one; its entries are not read yet. The search index
+    // is made or refreshed by the caller (openSearchIndex) or at the next
+    // search.
     bool reopenBook();
-    // The file the store works on.
+    // The file the store works on (search connections of other threads open it too).
     const std::string& bookPath() const { return strPath; }
     // Bind to parameter index (1-based) of the current statement; on failure
     // report "failure binding ...: " + SQLite's message and return false.
@@ -309,6 +315,40 @@ public:
     // and balances follow. The undo of a sync notice.
     bool rewriteRow(const std::string& table, int64_t id, const Row& values, const std::string& label);
 
+    // ---- recurring entries (Teiki.h) --------------------------------------------
+    // The rules in Id order, with their maps, rebuilt by every read. Read on
+    // demand (readFromTeikiTable), not at the start.
+    std::vector<std::shared_ptr<Teiki>> teikiList;
+    IdIndexMap teikiId2Idx;
+    IndexIdMap teikiIdx2Id;
+    // Replaces teikiList with the table's rows; on a failure the list is left empty.
+    bool readFromTeikiTable();
+    // What makes the rule unusable, judged by sisanList and himokuList.
+    TeikiFault teikiFault(const Teiki& teiki) const;
+    // Adds a rule (the book assigns its Id), rewrites the rule with
+    // teiki.Id, or deletes a rule with its record of occurrences, each one
+    // recorded step; then re-reads teikiList. The values are written as given
+    // (the caller sets Kakunin); integers outside 32 bits are refused.
+    bool teikiInsert(const Teiki& teiki);
+    bool teikiUpdate(const Teiki& teiki);
+    bool teikiDelete(int64_t id);
+    // The occurrences dealt with that a look for due ones can still meet:
+    // those of each rule scheduled no more than a month before its Kakunin,
+    // or later. On a failure rows is left as it was.
+    bool readTeikiKiroku(std::vector<TeikiKiroku>& rows);
+    // Deals with the occurrences in one recorded step: a posted one becomes an
+    // entry of its rule's asset, kind, category or partner and note (a
+    // transfer both linked rows), and each is recorded in TeikiKiroku; then
+    // each rule of `kakunin` has its Kakunin moved forward to the day given.
+    // A rule that is unknown or (for a posting) broken, an amount that is not
+    // a whole yen amount of 32 bits, or an occurrence already recorded fails
+    // it all with a message, nothing written. Afterwards the balances of the
+    // assets it booked on are recomputed and the shown ledger is re-read.
+    bool teikiKityou(const std::vector<TeikiPosting>& postings, const std::vector<TeikiKakunin>& kakunin);
+    // Every entry dated after hizuke, asset by asset in date order, as its
+    // move of the balance. On a failure rows is left as it was.
+    bool readItemsAfter(const std::string& hizuke, std::vector<DatedAmount>& rows);
+
     // ---- annual aggregation -------------------------------------------------
     // yearsList := the distinct years that have entries, ascending.
     bool readYearsFromItemsTable();
@@ -320,6 +360,26 @@ public:
     // sums. Entries of later months are left out; empty without entries.
     // On a failure the history is left as it was.
     bool sisanHistoryFromItemsTable(int64_t nen, int64_t tuki);
+
+    // ---- search ----------------------------------------------------------------
+    // The search index (SearchIndex.h) is made when the book is opened and
+    // follows the entries in every recorded step, an undo or a redo included,
+    // in the same transaction. False while it could not be made;
+    // searchIndexError then says why.
+    bool searchIndexReady = false;
+    std::string searchIndexError;
+    // Makes the index when it is missing (reporting progress; a large book
+    // takes seconds once) and applies its queue. The constructor does it
+    // with Corrections::Store; with Defer the caller does, once the book's
+    // check has passed.
+    bool openSearchIndex(const IndexProgress& progress = {});
+    // Brings the index up to date with changes made by other programs (or
+    // left queued by a failure), waiting only briefly for a program reading
+    // the book; false when that failed.
+    bool refreshSearchIndex();
+    // The words of a search text, folded, each with the sub-items and assets
+    // whose folded names contain it.
+    std::vector<SearchWord> searchWords(const std::string& text) const;
 
 private:
     sqlite3* db = nullptr;
@@ -404,6 +464,10 @@ private:
     std::string entryLabel(int64_t id, const char* verb);
     std::string entryLabel(const Items& item, const char* verb);
 
+    // Applies the index queue inside the open step (a savepoint: a failure
+    // there rolls back only the index work, the queue waits for the next).
+    void keepSearchIndexInStep();
+
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.
     bool rereadShownItems();
@@ -449,6 +513,16 @@ private:
                         std::vector<std::vector<int64_t>>& data);
     void clearItemList();
     std::shared_ptr<ItemsArena> emptyItemsArena();
+
+    // Recurring entries.
+    void clearTeikiList();
+    // What a step's label calls the rule: its note, else its sub-item or transfer.
+    std::string teikiNamae(const Teiki& teiki);
+    // Binds the rule's columns after Id, in table order, from parameter 1.
+    bool bindTeiki(const Teiki& teiki);
+    // Writes the entry (or transfer pair) of a posting; its Ids go to *kiroku.
+    bool postTeikiEntry(const Teiki& teiki, const TeikiPosting& posting, TeikiKiroku* kiroku);
+    bool insertTeikiKiroku(const TeikiKiroku& kiroku);
 };
 
 template <typename OnRow>

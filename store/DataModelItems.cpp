@@ -261,9 +261,8 @@ bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int6
         RecordedStep step(db, idouStepLabel(getSisanNamaeFromNo(sisanNo), getSisanNamaeFromNo(idouSisanNo), kingaku,
                                             "追加"));
         if (!beganOrReport(step)) return false;
-        if (!insertIdouPair(hizuke, nen, tuki, hi, sisanNo, syubetuNo, idouSisanNo, kingaku, bikou) ||
-            !commitStep(step))
-            return false;
+        if (!insertIdouPair(hizuke, nen, tuki, hi, sisanNo, syubetuNo, idouSisanNo, kingaku, bikou)) return false;
+        if (!commitStep(step)) return false;
     }
     // Only the destination's balance is needed from its ledger; the list
     // shown afterwards is the source's.

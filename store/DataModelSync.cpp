@@ -70,6 +70,8 @@ bool DataModel::applyOutsideChanges(const std::function<bool(sqlite3*)>& work)
             return false;
         }
         if (!work(db)) return false;
+        // Entries from other PCs enter the search index in the same transaction.
+        keepSearchIndexInStep();
         if (!session.changeset(&net)) {
             someMessageWithAlert(errorText("failure recording the changes: "));
             return false;

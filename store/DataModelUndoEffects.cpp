@@ -82,6 +82,7 @@ bool DataModel::showEffects(const ChangesetDigest& digest, int64_t shownSisanId,
                             bool followChange)
 {
     if (digest.himokuChanged && !readFromHimokuTable()) return false;
+    if (digest.teikiChanged && !readFromTeikiTable()) return false;
     if (digest.sisanChanged) {
         // The re-read brings back the stored balances: keep the ones shown.
         if (!readFromSisanTable()) return false;

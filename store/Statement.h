@@ -31,6 +31,10 @@ public:
     Step step();
     // Steps a statement that returns no rows to its end; false on an error.
     bool run();
+    // Steps through every row, calling onRow() at each; true when the rows
+    // ended, false when a step failed.
+    template <typename OnRow>
+    bool eachRow(OnRow onRow);
     // Rewinds the statement to run it again with new bindings.
     void reset();
     void finalize();
@@ -65,3 +69,19 @@ public:
 private:
     sqlite3_stmt* stmt_ = nullptr;
 };
+
+template <typename OnRow>
+bool Statement::eachRow(OnRow onRow)
+{
+    for (;;) {
+        switch (step()) {
+        case Step::Row:
+            onRow();
+            break;
+        case Step::Done:
+            return true;
+        case Step::Error:
+            return false;
+        }
+    }
+}

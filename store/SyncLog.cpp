@@ -115,9 +115,10 @@ const std::vector<TableLayout>& syncBookTables()
           {"Install", "BLOB"},
           {"HistoryId", "INTEGER"},
           {"Shipped", "BLOB"}},
+         "table",
          false},
-        {"SyncApplied", {{"Install", "BLOB"}, {"Device", "INTEGER"}, {"Seq", "INTEGER"}}, false},
-        {"SyncState", {{"Name", "TEXT"}, {"Value", ""}}, false},
+        {"SyncApplied", {{"Install", "BLOB"}, {"Device", "INTEGER"}, {"Seq", "INTEGER"}}, "table", false},
+        {"SyncState", {{"Name", "TEXT"}, {"Value", ""}}, "table", false},
         {"SyncNotice",
          {{"Id", "INTEGER", true},
           {"Key", "TEXT"},
@@ -130,6 +131,7 @@ const std::vector<TableLayout>& syncBookTables()
           {"Losing", "TEXT"},
           {"Seen", "INTEGER"},
           {"Undone", "INTEGER"}},
+         "table",
          false},
     };
     return tables;

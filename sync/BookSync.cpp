@@ -136,11 +136,16 @@ bool BookSync::join(const std::string& folderPath, const std::string& pcName, co
     const bool claimed = device.has_value();
     identity.device = claimed ? *device : 0;
     // The snapshot's steps were made on other PCs: kept in the history, off
-    // this PC's undo list. Its notices were shown there.
+    // this PC's undo list. Its notices were shown there. Recurring rules
+    // post on the PC they were made on only (their tables never travel), so
+    // the snapshot's rules are not taken over: two PCs would post each
+    // occurrence twice.
     const bool written = claimed && dm_.runSyncWork([&](sqlite3* db) {
         Statement s;
-        return s.prepare(db, "UPDATE History SET Kind = 5 WHERE Kind <> 5") && s.run() &&
-               s.prepare(db, "DELETE FROM SyncNotice") && s.run() && writeSyncIdentity(db, identity);
+        for (const char* sql : {"UPDATE History SET Kind = 5 WHERE Kind <> 5", "DELETE FROM SyncNotice",
+                                "DELETE FROM TeikiKiroku", "DELETE FROM Teiki"})
+            if (!s.prepare(db, sql) || !s.run()) return false;
+        return writeSyncIdentity(db, identity);
     });
     if (!written) dm_.runSyncWork(forgetSync);
     dm_.reopenBook();
