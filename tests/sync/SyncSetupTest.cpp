@@ -127,6 +127,46 @@ TEST_F(SyncSetupTest, anImportedStatementSyncsWithDeviceIdsAndItsRecordStaysOnTh
     EXPECT_EQ(a.scalar("SELECT count(*) FROM ImportOrigin"), 3);
 }
 
+// Recurring entries posted on a syncing book take the device's Ids and reach
+// the other PC, whose search index takes in their notes; the rules stay on
+// their PC, and a PC joining from a snapshot holding them does not post them.
+TEST_F(SyncSetupTest, postedRecurringEntriesSyncWhileTheirRulesStayOnTheirPc)
+{
+    const int64_t bank = a.addSisan("銀行", 0);
+    exchange();
+    ASSERT_TRUE(b.dm->openSearchIndex());
+    a.use();
+    Teiki rent{0, bank, 1, food, 0, 80000, "家賃"};
+    rent.Kaisi = "2026-11-01";
+    rent.Hi = 25;
+    Teiki saving{0, genkin, 3, 0, bank, 20000, "積立"};
+    saving.Kaisi = "2026-11-01";
+    saving.Hi = 25;
+    ASSERT_TRUE(a.dm->teikiInsert(rent) && a.dm->teikiInsert(saving));
+    const int64_t rentId = a.dm->teikiList[0]->Id, savingId = a.dm->teikiList[1]->Id;
+    ASSERT_TRUE(a.dm->teikiKityou({{rentId, "2026-11-25", "2026-11-25", 80000, false},
+                                   {savingId, "2026-11-25", "2026-11-25", 20000, false}},
+                                  {{rentId, "2026-11-25"}, {savingId, "2026-11-25"}}));
+    const int device = a.sync->identity()->device;
+    const std::vector<int64_t> posted = a.ids("SELECT Id FROM Items WHERE Bikou IN ('家賃', '積立')");
+    ASSERT_EQ(posted.size(), 3u);
+    for (const int64_t id : posted) EXPECT_EQ(id % 16, device) << id;
+    exchange();
+    EXPECT_EQ(a.dump(), b.dump());
+    EXPECT_EQ(b.brokenRules(), "");
+    EXPECT_EQ(b.scalar("SELECT count(*) FROM Teiki"), 0) << "the rules stay on the PC they were made on";
+    EXPECT_EQ(b.scalar("SELECT count(*) FROM ItemsFtsEntry e JOIN Items i ON i.Id = e.Id WHERE i.Bikou = '家賃'"), 1)
+        << "the other PC's entry is in the search index";
+
+    std::string error;
+    ASSERT_TRUE(BookSync::writeSnapshotOf(a.bookPath, a.folderPath, a.sync->identity()->install, &error)) << error;
+    SyncedPc c((dir / "c").string(), "寝室");
+    deliver(a, c);
+    c.join();
+    EXPECT_EQ(c.scalar("SELECT count(*) FROM Items WHERE Bikou = '家賃'"), 1);
+    EXPECT_EQ(c.scalar("SELECT count(*) FROM Teiki"), 0) << "a joining PC never posts another PC's rules";
+}
+
 TEST_F(SyncSetupTest, aDamagedForeignOrCopiedFileIsRefusedByNameAndNothingOfItsWriterAfterItIsApplied)
 {
     for (int amount : {100, 200, 300}) b.addEntry(genkin, food, amount, "2026-11-21");
