@@ -142,7 +142,9 @@ private:
 
 // The floor's work: the same changesets with the bare session API, in one
 // transaction: the local operations undone newest first, then every
-// operation in the one order.
+// operation in the one order, each kept as a row of the history with its
+// changeset, as the book keeps every operation it applies (the floor of the
+// import does the same).
 struct FloorPlan {
     std::vector<std::string> inverses;
     std::vector<std::string> inOrder;
@@ -159,10 +161,22 @@ void applyFloor(const std::string& path, const FloorPlan& plan)
     sqlite3* db = nullptr;
     sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     sqlite3_exec(db, "BEGIN", nullptr, nullptr, nullptr);
-    for (const auto* list : {&plan.inverses, &plan.inOrder})
-        for (const std::string& cs : *list)
-            sqlite3changeset_apply(db, static_cast<int>(cs.size()), const_cast<char*>(cs.data()), nullptr, keepGoing,
-                                   nullptr);
+    sqlite3_stmt* history = nullptr;
+    sqlite3_prepare_v2(db,
+                       "INSERT INTO History (At, Kind, Target, Label, Sisans, Changes, Deletes, Changeset) "
+                       "VALUES (0, 5, NULL, '', '', 0, 0, ?)",
+                       -1, &history, nullptr);
+    for (const std::string& cs : plan.inverses)
+        sqlite3changeset_apply(db, static_cast<int>(cs.size()), const_cast<char*>(cs.data()), nullptr, keepGoing,
+                               nullptr);
+    for (const std::string& cs : plan.inOrder) {
+        sqlite3changeset_apply(db, static_cast<int>(cs.size()), const_cast<char*>(cs.data()), nullptr, keepGoing,
+                               nullptr);
+        sqlite3_bind_blob(history, 1, cs.data(), static_cast<int>(cs.size()), SQLITE_STATIC);
+        check(sqlite3_step(history) == SQLITE_DONE, "the floor's history row");
+        sqlite3_reset(history);
+    }
+    sqlite3_finalize(history);
     check(sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK, "the floor's commit");
     sqlite3_close(db);
 }
