@@ -213,11 +213,44 @@ FloorPlan readPlan(const std::string& path, const std::string& folder, const Uui
     return plan;
 }
 
+// insert_entry_largest_synced: insert_entry_largest on a book that syncs,
+// each entry written to a sync folder on disk as it is committed (its
+// device Id, its place in the order, its operation file), against the same
+// floor as insert_entry_largest.
+void benchSyncedInsert(const std::string& path, const std::string& dir, const GeneratedLedger& ledger, int runs)
+{
+    const std::string book = dir + "/sync-insert.sql", folder = dir + "/sync-insert-folder";
+    copy(path, book);
+    std::string error;
+    {
+        DataModel dm(book);
+        BookSync sync(dm);
+        check(sync.load() && sync.setUp(folder, "居間", &error), "setting up sync");
+        dm.setCommitListener([&] { sync.publish(); });
+        dm.theSisanNo = positionOf(dm, ledger.largestSisanId);
+        check(dm.readFromItemsTable(ledger.largestSisanId), "reading the largest ledger");
+        int64_t himoku = 0;
+        for (const auto& h : dm.himokuList)
+            if (h->SyubetuNo == 1 && h->Ucount == 0 && himoku == 0) himoku = h->Id;
+        Floor floor(book);
+        compare("insert_entry_largest_synced", runs,
+                [&](int) {
+                    check(dm.itemNyuukinSyukkinInsert("2025-06-15", 2025, 6, 15, ledger.largestSisanId, 1, himoku,
+                                                      1200, "bench"),
+                          "adding an entry");
+                },
+                [&](int) { floor.insertEntry(ledger.largestSisanId, himoku); });
+    }
+    fs::remove(book);
+    fs::remove_all(folder);
+}
+
 }  // namespace
 
 void benchSync(const std::string& path, const std::string& dir, const GeneratedLedger& ledger, int64_t entries,
                int runs)
 {
+    benchSyncedInsert(path, dir, ledger, runs);
     // A small ledger (the smoke run) gets as many operations as entries.
     const int kArrivals = static_cast<int>(std::min<int64_t>(kMostArrivals, entries));
     // The other PC's book and the folder live in memory: the benchmark times
