@@ -31,6 +31,25 @@ const std::vector<TableLayout>& requiredBookTables()
 
 const std::vector<TableLayout>& optionalBookTables()
 {
-    static const std::vector<TableLayout> tables{};
+    static const std::vector<TableLayout> tables{
+        // The household calendar's tables (HouseholdTables.h).
+        {"BookSettings", {{"Id", "INTEGER", true}, {"Name", "TEXT"}, {"Value", "INTEGER"}}},
+        {"CardCycles",
+         {{"SisanNo", "INTEGER", true},
+          {"ClosingDay", "INTEGER"},
+          {"WithdrawalDay", "INTEGER"},
+          {"MonthsAfterClosing", "INTEGER"},
+          {"WithdrawalShift", "INTEGER"},
+          {"PayingSisanNo", "INTEGER"},
+          {"FirstClosingMonth", "INTEGER"}}},
+        {"CardSettlements",
+         {{"Id", "INTEGER", true},
+          {"SisanNo", "INTEGER"},
+          {"ClosingMonth", "INTEGER"},
+          {"ItemId", "INTEGER"},
+          {"Kingaku", "INTEGER"}}},
+        {"Yosan",
+         {{"Id", "INTEGER", true}, {"HimokuNo", "INTEGER"}, {"Tuki", "INTEGER"}, {"Kingaku", "INTEGER"}}},
+    };
     return tables;
 }

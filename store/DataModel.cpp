@@ -19,6 +19,7 @@ DataModel::DataModel(std::string path, int busyTimeoutMs, Corrections correction
     // end cleanly: every screen shows the recomputed ones from the start.
     deferCorrections = true;
     if (readFromSisanTable() && readFromHimokuTable()) recomputeAllSisanZankin();
+    readHouseholdTables();
     deferCorrections = false;
     if (unreadableValueSeen) {
         badValueFound = findBadValue(db);

@@ -213,6 +213,23 @@ bool DataModel::itemNyuukinSyukkinInsert(const std::string& hizuke, int64_t nen,
     return rereadShownItems();
 }
 
+bool DataModel::insertIdouRows(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo,
+                               int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku, const std::string& bikou,
+                               int64_t* sakiIdOut)
+{
+    if (!insertItemRow(kInsertIdouMoto, "error preparing 移動元データ insert: ", hizuke, nen, tuki, hi, sisanNo,
+                       syubetuNo, idouSisanNo, -1, kingaku, bikou))
+        return false;
+    const int64_t motoId = sqlite3_last_insert_rowid(db);
+    if (!insertItemRow(kInsertIdouSaki, "error preparing 移動先データ insert: ", hizuke, nen, tuki, hi, idouSisanNo,
+                       kSyubetuIdouSaki, sisanNo, motoId, kingaku, bikou))
+        return false;
+    const int64_t sakiId = sqlite3_last_insert_rowid(db);
+    if (sakiIdOut) *sakiIdOut = sakiId;
+    return runWrite("UPDATE Items SET IdouId=" + std::to_string(sakiId) + " WHERE Id=" + std::to_string(motoId),
+                    "error prepare update 移動元item: ", "stop the app", "failure updating  移動元item: ");
+}
+
 bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi,
                                     int64_t sisanNo, int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku,
                                     const std::string& bikou)
@@ -224,16 +241,7 @@ bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int6
         // transfer never reaches the lists or the balances.
         Transaction tx(db);
         if (!beganOrReport(tx)) return false;
-        if (!insertItemRow(kInsertIdouMoto, "error preparing 移動元データ insert: ", hizuke, nen, tuki, hi, sisanNo,
-                           syubetuNo, idouSisanNo, -1, kingaku, bikou))
-            return false;
-        const int64_t motoId = sqlite3_last_insert_rowid(db);
-        if (!insertItemRow(kInsertIdouSaki, "error preparing 移動先データ insert: ", hizuke, nen, tuki, hi,
-                           idouSisanNo, kSyubetuIdouSaki, sisanNo, motoId, kingaku, bikou))
-            return false;
-        const int64_t sakiId = sqlite3_last_insert_rowid(db);
-        if (!runWrite("UPDATE Items SET IdouId=" + std::to_string(sakiId) + " WHERE Id=" + std::to_string(motoId),
-                      "error prepare update 移動元item: ", "stop the app", "failure updating  移動元item: "))
+        if (!insertIdouRows(hizuke, nen, tuki, hi, sisanNo, syubetuNo, idouSisanNo, kingaku, bikou, nullptr))
             return false;
         if (!commitOrReport(tx)) return false;
     }
@@ -305,9 +313,10 @@ bool DataModel::sisanDeleteWithItems(int64_t id)
         if (!runWrite("DELETE FROM Sisan WHERE Id=" + std::to_string(id), "error preparing delete sisan: ",
                       "information", "failure deletin from sisan: "))
             return false;
+        if (!deleteCardRowsOf(id)) return false;
         if (!commitOrReport(tx)) return false;
     }
-    return rereadShownItems() && readFromSisanTable();
+    return rereadShownItems() && readFromSisanTable() && readFromCardTable();
 }
 
 bool DataModel::deleteItemsOfSisan(int64_t sisanId)
