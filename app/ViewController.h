@@ -7,8 +7,12 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "household/Date.h"
 
 #include "ui/ModalEditor.h"
 
@@ -16,6 +20,7 @@ class DataModel;
 class ListTableModel;
 class QAbstractButton;
 class QKeyEvent;
+class QShowEvent;
 class QStringListModel;
 class QTableView;
 struct Sisan;
@@ -88,9 +93,22 @@ public:
     // The index of the first combo item with this Id.
     std::optional<int> comboBoxId2Idx(int64_t id) const;
 
+    // ---- household months, cards and budgets --------------------------------
+    // The two settings windows and the budget report, modal over this one;
+    // the window shows what they changed when they close.
+    void mnuShowHouseholdSettings();
+    void mnuShowYosan();
+    void mnuShowYosanReport();
+    // Offers, one after another, the settlement of every card period whose
+    // withdrawal day has come and that is not settled, except those put off
+    // today (後で); each one recorded is one step.
+    void offerCardSettlements();
+
 protected:
     // Enter on a focused button presses that button.
     void keyPressEvent(QKeyEvent* event) override;
+    // The first show offers the settlements that are due.
+    void showEvent(QShowEvent* event) override;
 
 private:
     std::unique_ptr<Ui::ViewController> ui;
@@ -147,4 +165,17 @@ private:
     std::optional<int64_t> selectedComboId();
     void refreshAfterStore();
     void resetPanelToExpense();
+
+    // Household (ViewControllerHousehold.cpp).
+    std::map<int64_t, int64_t> comingBySisan;       // paying asset -> its cards' withdrawals to come
+    std::set<std::pair<int64_t, YearMonth>> putOff;  // card and closing month: 後で, until the day changes
+    bool offering = false;                           // a settlement is being offered
+    bool shownOnce = false;
+    // The month's spending against its budget, each card's coming
+    // withdrawals in the asset list, and the shown asset's card line.
+    void showHouseholdState();
+    void showYosanSummary();
+    void showCardInfo();
+    void computeComingWithdrawals();
+    QString afterWithdrawalsText(int row) const;
 };

@@ -13,7 +13,8 @@ CardSettlementDialog::CardSettlementDialog(const QString& card, const QString& p
     ui->setupUi(this);
     const CardPeriod& period = due.period;
     ui->lblSettlementText->setText(
-        QStringLiteral("%1の引落日（%2）になりました。%3に使った分の引落を、%4からの振替として記録しますか？")
+        QStringLiteral("%1の引落日 %2 になりました。%3に使った分の引落を、%4からの振替として記録しますか？"
+                       "明細の金額と違うときは、金額を直してから記録してください。")
             .arg(card, dayWithWeekday(period.withdrawal), qText(periodLabel(period.purchases)), paying));
     ui->lblSettlementPaying->setText(paying + QStringLiteral(" → ") + card);
     ui->lblSettlementDate->setText(dayWithWeekday(period.withdrawal));
@@ -23,6 +24,7 @@ CardSettlementDialog::CardSettlementDialog(const QString& card, const QString& p
     connect(ui->btnSettlementPost, &QPushButton::clicked, this, &CardSettlementDialog::btnSettlementPost);
     connect(ui->btnSettlementMark, &QPushButton::clicked, this, &CardSettlementDialog::btnSettlementMark);
     connect(ui->btnSettlementLater, &QPushButton::clicked, this, &CardSettlementDialog::btnSettlementLater);
+    adjustSize();
 }
 
 CardSettlementDialog::~CardSettlementDialog() = default;
