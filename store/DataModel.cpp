@@ -18,8 +18,10 @@ DataModel::DataModel(std::string path, int busyTimeoutMs, Corrections correction
     // The stored balances lag behind the entries when the last run did not
     // end cleanly: every screen shows the recomputed ones from the start.
     deferCorrections = true;
-    if (readFromSisanTable() && readFromHimokuTable()) recomputeAllSisanZankin();
-    readHouseholdTables();
+    if (readFromSisanTable() && readFromHimokuTable()) {
+        recomputeAllSisanZankin();
+        readHouseholdTables();
+    }
     deferCorrections = false;
     if (unreadableValueSeen) {
         badValueFound = findBadValue(db);
