@@ -2,6 +2,8 @@
 
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QKeySequence>
+#include <QShortcut>
 
 #include "editors/EditorWidgets.h"
 #include "store/DataModel.h"
@@ -53,10 +55,14 @@ YosanViewController::YosanViewController(DataModel& dm, QWidget* parent)
     connect(ui->btnYosanClose, &QPushButton::clicked, this, &QDialog::accept);
     bindBoxKeys(ui->yosanBox, [this] { btnYosanOK(); }, [this] { btnYosanCancel(); });
     // Enter or a double click on a row goes on to its amount.
-    connect(ui->tblYosan, &QAbstractItemView::activated, this, [this] {
+    const auto toAmount = [this] {
         ui->txtYosanKingaku->setFocus();
         ui->txtYosanKingaku->selectAll();
-    });
+    };
+    connect(ui->tblYosan, &QAbstractItemView::doubleClicked, this, toAmount);
+    for (const int key : {Qt::Key_Return, Qt::Key_Enter})
+        connect(new QShortcut(QKeySequence(key), ui->tblYosan, nullptr, nullptr, Qt::WidgetShortcut),
+                &QShortcut::activated, this, toAmount);
     ui->tblYosan->selectRow(0);
     ui->tblYosan->setFocus();
 }
