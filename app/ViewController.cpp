@@ -37,7 +37,10 @@ ViewController::ViewController(DataModel& dm, QWidget* parent)
     viewDidLoad();
 }
 
-ViewController::~ViewController() = default;
+ViewController::~ViewController()
+{
+    DM.setHistoryListener({});
+}
 
 void ViewController::viewDidLoad()
 {
@@ -140,6 +143,9 @@ void ViewController::wireActions()
     connect(ui->mnuShowHouseholdSettings, &QAction::triggered, this, &ViewController::mnuShowHouseholdSettings);
     connect(ui->mnuShowYosan, &QAction::triggered, this, &ViewController::mnuShowYosan);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
+    connect(ui->mnuBackupNow, &QAction::triggered, this, &ViewController::mnuBackupNow);
+    connect(ui->mnuRestoreBackup, &QAction::triggered, this, &ViewController::mnuRestoreBackup);
+    wireUndo();
 }
 
 void ViewController::showGrandTotal()

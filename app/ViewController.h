@@ -18,6 +18,7 @@
 
 class DataModel;
 class ListTableModel;
+struct StepFocus;
 class QAbstractButton;
 class QKeyEvent;
 class QShowEvent;
@@ -72,6 +73,24 @@ public:
     // new day, and so does the entry panel's date where it still showed the
     // day before.
     void todayChanged();
+
+    // ---- undo, redo and the history (編集 menu) ------------------------------
+    // Cancel an open entry panel, then undo or redo the step the menu names;
+    // the lists show the result: the asset of the change selected and the
+    // entry it put back in view.
+    void mnuUndo();
+    void mnuRedo();
+    // The history window; a step reverted there is shown the same way.
+    void mnuShowHistory();
+
+    // ---- backups (ファイル menu) -----------------------------------------------
+    // Today's backup made now, replacing the day's one, and where it went.
+    void mnuBackupNow();
+    // The restore dialog; after a restore the window shows the restored book.
+    void mnuRestoreBackup();
+    // Reads the book again after its contents were replaced (a restored
+    // backup), and shows it from the first asset, as at the start.
+    void showReopenedBook();
 
     // ---- asset and entry lists ----------------------------------------------
     // Shows itemList afresh and scrolls to its last row.
@@ -165,6 +184,13 @@ private:
     std::optional<int64_t> selectedComboId();
     void refreshAfterStore();
     void resetPanelToExpense();
+
+    // Undo.
+    void wireUndo();
+    // Names the steps 元に戻す and やり直す would take, or disables them.
+    void updateUndoActions();
+    // Shows the lists as a replayed step left them.
+    void showStepResult(const StepFocus& focus);
 
     // Household (ViewControllerHousehold.cpp).
     std::map<int64_t, int64_t> comingBySisan;       // paying asset -> its cards' withdrawals to come

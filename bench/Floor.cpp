@@ -1,5 +1,7 @@
 #include "bench/Floor.h"
 
+#define SQLITE_ENABLE_SESSION
+#define SQLITE_ENABLE_PREUPDATE_HOOK
 #include <sqlite3.h>
 
 #include <cstdio>
@@ -205,6 +207,18 @@ void Floor::deleteSubItem(int64_t id, int64_t hno, int64_t ucount, int64_t shown
     readAll("SELECT * FROM Himoku ORDER BY SyubetuNo, Hno,Id", 1u << 2);
     readLedger(shownSisanId);
     readAll("SELECT * FROM Sisan", 1u << 1);
+}
+
+void Floor::applyChangeset(const std::string& changeset)
+{
+    write("BEGIN");
+    const auto abortOnConflict = [](void*, int, sqlite3_changeset_iter*) { return SQLITE_CHANGESET_ABORT; };
+    if (sqlite3changeset_apply(db_, static_cast<int>(changeset.size()), const_cast<char*>(changeset.data()), nullptr,
+                               abortOnConflict, nullptr) != SQLITE_OK) {
+        std::fprintf(stderr, "floor: %s\n", sqlite3_errmsg(db_));
+        std::exit(1);
+    }
+    write("COMMIT");
 }
 
 void Floor::rangeSums(const std::string& sisanIds, const std::vector<std::string>& firstDays,

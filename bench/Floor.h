@@ -23,6 +23,8 @@ public:
     void insertEntry(int64_t sisanId, int64_t himokuId);  // insert + re-read
     void insertTransfer(int64_t from, int64_t to);      // pair + link + both re-reads
     void deleteSubItem(int64_t id, int64_t hno, int64_t ucount, int64_t shownSisanId);
+    // The session extension applying a changeset in one transaction.
+    void applyChangeset(const std::string& changeset);
     // The sums per kind, sub-item and range of consecutive date ranges (the
     // first days of each, then the last day of the last) over the listed
     // assets' entries: household months and budgets.

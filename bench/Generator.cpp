@@ -189,6 +189,47 @@ bool generateLedger(const std::string& path, const LedgerShape& shape, Generated
     return provisionResourceDirectory(std::filesystem::path(path).parent_path().string(), error);
 }
 
+bool addEntriesUnder(const std::string& path, const LedgerShape& shape, const std::vector<int64_t>& subItems,
+                     int64_t count, std::string* error)
+{
+    Connection c;
+    if (sqlite3_open(path.c_str(), &c.db) != SQLITE_OK) {
+        *error = sqlite3_errmsg(c.db);
+        return false;
+    }
+    Transaction tx(c.db);
+    Statement ins;
+    sqlite3_prepare_v2(c.db,
+                       "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Syukkin,Bikou) "
+                       "VALUES (?,?,?,?,?,1,?,-1,?,'')",
+                       -1, &ins.s, nullptr);
+    std::mt19937_64 rng(20261124);
+    std::discrete_distribution<int> pickSisan(kSisanWeights.begin(), kSisanWeights.end());
+    const int64_t firstDay = daysFromCivil(shape.lastYear - shape.years + 1, 1, 1);
+    const int64_t dayCount = daysFromCivil(shape.lastYear + 1, 1, 1) - firstDay;
+    for (int64_t i = 0; i < count; ++i) {
+        int y, m, d;
+        civilFromDays(firstDay + i * dayCount / count, &y, &m, &d);
+        char hizuke[16];
+        std::snprintf(hizuke, sizeof hizuke, "%04d-%02d-%02d", y, m, d);
+        sqlite3_reset(ins.s);
+        sqlite3_bind_text(ins.s, 1, hizuke, -1, SQLITE_TRANSIENT);
+        sqlite3_bind_int(ins.s, 2, y);
+        sqlite3_bind_int(ins.s, 3, m);
+        sqlite3_bind_int(ins.s, 4, d);
+        sqlite3_bind_int(ins.s, 5, pickSisan(rng) + 1);
+        sqlite3_bind_int64(ins.s, 6, subItems[static_cast<size_t>(i) % subItems.size()]);
+        sqlite3_bind_int64(ins.s, 7, 100 + static_cast<int64_t>(rng() % 30000));
+        if (sqlite3_step(ins.s) != SQLITE_DONE) {
+            *error = sqlite3_errmsg(c.db);
+            return false;
+        }
+    }
+    if (tx.commit()) return true;
+    *error = sqlite3_errmsg(c.db);
+    return false;
+}
+
 bool generateCardBook(const std::string& path, int64_t entries, int lastYear, GeneratedCardBook* out,
                       std::string* error)
 {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 // Shape of the generated ledger.
 struct LedgerShape {
@@ -22,6 +23,12 @@ struct GeneratedLedger {
 // categories of 5 sub-items each, entries mostly in date order with about 1
 // in 20 back-dated, about 5% of the rows in transfer pairs.
 bool generateLedger(const std::string& path, const LedgerShape& shape, GeneratedLedger* out, std::string* error);
+
+// Adds `count` expenses under the given sub-items to the book at path, spread
+// over the assets and the years as the generated ledger is. For one large
+// category to delete and take back.
+bool addEntriesUnder(const std::string& path, const LedgerShape& shape, const std::vector<int64_t>& subItems,
+                     int64_t count, std::string* error);
 
 // What the card book holds: a bank asset and a card asset drawing on it.
 struct GeneratedCardBook {

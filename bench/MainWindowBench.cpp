@@ -6,9 +6,18 @@
 #include <memory>
 #include <vector>
 
+#include <QElapsedTimer>
+#include <QProgressDialog>
+#include <QTimer>
+#include <cstdio>
+
+#include "app/BookGate.h"
 #include "app/ViewController.h"
 #include "bench/Compare.h"
+#include "history/RestoreViewController.h"
+#include "store/BackupRestore.h"
 #include "store/DataModel.h"
+#include "ui/MessageService.h"
 
 namespace {
 
@@ -18,6 +27,55 @@ constexpr int kZankinColumn = 4;
 void paint(QTableView* table)
 {
     table->viewport()->repaint();
+}
+
+// Answers every question with its first button, and prints messages.
+class Yes final : public MessageService {
+public:
+    void someMessageWithAlert(const QString& message, const QString& informative) override
+    {
+        std::fprintf(stderr, "message: %s %s\n", qPrintable(message), qPrintable(informative));
+    }
+    bool yesNoMessageWithAlert(const QString&, const QString&, const QString&) override { return true; }
+    int choiceMessageWithAlert(const QString&, const QStringList&) override { return 0; }
+};
+
+// Restores a backup of the book through the dialog once.
+void benchRestore(DataModel& dm, ViewController& window)
+{
+    const std::string dir = backupFolderOf(dm.bookPath());
+    std::string error;
+    if (backupBookOnce(dm.bookPath(), dir, "20250101", 14, &error) == BackupResult::Failed) {
+        std::fprintf(stderr, "cannot back up the book: %s\n", error.c_str());
+        return;
+    }
+    Yes yes;
+    setMessageService(&yes);
+    RestoreViewController dialog(dm, dir, &window);
+    dialog.onRestored = [&window] { window.showReopenedBook(); };
+    dialog.show();
+    while (!dialog.idle()) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+
+    // The longest time between two ticks of a 10 ms timer is the longest
+    // stretch the window could not repaint or take input.
+    QElapsedTimer sinceTick;
+    qint64 longest = 0;
+    QTimer ticks;
+    QObject::connect(&ticks, &QTimer::timeout, [&] {
+        longest = std::max(longest, sinceTick.restart());
+    });
+    QElapsedTimer total;
+    total.start();
+    sinceTick.start();
+    ticks.start(10);
+    const bool restored = dialog.btnRestore();
+    paint(window.findChild<QTableView*>("tblItem"));
+    longest = std::max(longest, sinceTick.elapsed());
+    ticks.stop();
+    std::printf("bench restore_backup ms=%lld longest_without_events_ms=%lld restored=%s\n",
+                static_cast<long long>(total.elapsed()), static_cast<long long>(longest), restored ? "yes" : "no");
+    std::fflush(stdout);
+    setMessageService(nullptr);
 }
 
 }  // namespace
@@ -66,5 +124,6 @@ void benchMainWindow(DataModel& dm, int64_t largestSisanId, int64_t otherSisanId
             tblSisan->selectRow(largestRow);
             if (turn % 2 == 1) copy = dm.itemList;
         });
+    benchRestore(dm, window);
     window.hide();
 }

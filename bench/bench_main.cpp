@@ -5,6 +5,7 @@
 // Generates a deterministic ledger in a temporary directory, then times each
 // operation through DataModel and through the floor (Floor.h), alternating
 // the two, and prints the medians and their ratio.
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,8 +25,10 @@
 #include "bench/HouseholdBench.h"
 #include "bench/MainWindowBench.h"
 #include "bench/ReportBench.h"
+#include "store/Changeset.h"
 #include "store/BookCheck.h"
 #include "store/DataModel.h"
+#include "store/History.h"
 #include "store/MessageSink.h"
 
 namespace {
@@ -78,6 +81,75 @@ std::vector<std::shared_ptr<Himoku>> expenseSubItems(const DataModel& dm)
     for (const auto& h : dm.himokuList)
         if (h->SyubetuNo == 1 && h->Ucount == 0) out.push_back(h);
     return out;
+}
+
+// The first column of the first row, on a connection of its own.
+int64_t query(const std::string& path, const std::string& sql)
+{
+    sqlite3* db = nullptr;
+    sqlite3_stmt* s = nullptr;
+    int64_t value = 0;
+    if (sqlite3_open(path.c_str(), &db) == SQLITE_OK && sqlite3_prepare_v2(db, sql.c_str(), -1, &s, nullptr) == SQLITE_OK &&
+        sqlite3_step(s) == SQLITE_ROW)
+        value = sqlite3_column_int64(s, 0);
+    sqlite3_finalize(s);
+    sqlite3_close(db);
+    return value;
+}
+
+int64_t lastHistoryId(const std::string& path)
+{
+    return query(path, "SELECT ifnull(MAX(Id), 0) FROM History");
+}
+
+// Changeset bytes per changed row over the history rows after `after`.
+double historyBytesPerChange(const std::string& path, int64_t after)
+{
+    const std::string range = " FROM History WHERE Id > " + std::to_string(after);
+    const int64_t changes = query(path, "SELECT SUM(Changes)" + range);
+    return changes ? static_cast<double>(query(path, "SELECT SUM(length(Changeset))" + range)) / changes : 0;
+}
+
+// The newest step's changeset, inverted.
+std::string newestStepInverted(const std::string& path)
+{
+    sqlite3* db = nullptr;
+    sqlite3_open(path.c_str(), &db);
+    HistoryEntry entry;
+    std::string changeset, inverted;
+    readHistoryEntry(db, lastHistoryId(path), &entry, &changeset);
+    sqlite3_close(db);
+    invertChangeset(changeset, &inverted);
+    return inverted;
+}
+
+// A new expense category of five sub-items with `entries` expenses spread
+// over every asset and year; returns its rows' Ids, the category's first.
+std::vector<int64_t> addLargeCategory(DataModel& dm, const std::string& path, const LedgerShape& shape,
+                                      int64_t entries)
+{
+    const std::string name = "大きな費目";
+    dm.insertHimokuOfHiimoku(1, name);
+    int64_t category = 0;
+    for (const auto& h : dm.himokuList)
+        if (h->Namae == name) category = h->Id;
+    for (const char* sub : {"一", "二", "三", "四"}) {
+        const auto& row = dm.himokuList[static_cast<size_t>(dm.himokuId2Idx.at(category))];
+        dm.insertUtiwakeOfHimoku(1, name + "/" + sub, category, row->Ucount);
+    }
+    std::vector<int64_t> rows, subItems;
+    for (const auto& h : dm.himokuList) {
+        if (h->Hno != category) continue;
+        rows.push_back(h->Id);
+        if (h->Ucount == 0) subItems.push_back(h->Id);
+    }
+    std::string error;
+    if (!addEntriesUnder(path, shape, subItems, entries, &error)) {
+        std::fprintf(stderr, "cannot add the category's entries: %s\n", error.c_str());
+        std::exit(1);
+    }
+    std::sort(rows.begin(), rows.end());
+    return rows;
 }
 
 }  // namespace
@@ -141,12 +213,19 @@ int main(int argc, char** argv)
 
     dm->theSisanNo = dm->sisanId2Idx.at(largest);
     const int64_t himoku = expenseSubItems(*dm).front()->Id;
+    // Every store write below is a recorded step: its changeset goes into
+    // the history table in the same transaction.
+    const int64_t beforeInserts = lastHistoryId(path);
     compare("insert_entry_largest", runs,
             [&](int) { dm->itemNyuukinSyukkinInsert("2025-06-15", 2025, 6, 15, largest, 1, himoku, 1200, "bench"); },
             [&](int) { floor.insertEntry(largest, himoku); });
+    const double insertBytes = historyBytesPerChange(path, beforeInserts);
+    const int64_t beforeTransfers = lastHistoryId(path);
     compare("insert_transfer", runs,
             [&](int) { dm->itemIdouSisanInsert("2025-06-15", 2025, 6, 15, largest, 3, ledger.secondSisanId, 1200, "bench"); },
             [&](int) { floor.insertTransfer(largest, ledger.secondSisanId); });
+    const double transferBytes = historyBytesPerChange(path, beforeTransfers);
+    const int64_t beforeDeletes = lastHistoryId(path);
 
     // Each run deletes another sub-item; store and floor take turns along
     // the list so that both see sub-items of the same size.
@@ -165,6 +244,24 @@ int main(int argc, char** argv)
             },
             [&](int turn) {
                 if (turn % 2 == 0) dm->readFromHimokuTable();  // the floor's deletion is news to the store
+            });
+    std::printf("bench history bytes_per_entry_change insert=%.1f transfer=%.1f delete_subitem=%.1f\n", insertBytes,
+                transferBytes, historyBytesPerChange(path, beforeDeletes));
+
+    // Undo of deleting a category with its 10,000 entries, as pressed in the
+    // main window after the category editor closed (which recomputes the
+    // balances), the largest asset shown. Timed: DataModel::undo, from reading
+    // the step out of the history to the patched ledger; the floor applies
+    // the same inverted changeset with the bare session API.
+    const std::vector<int64_t> category = addLargeCategory(*dm, path, options.shape, 10000);
+    std::string inverted;
+    compare("undo_delete_category", runs, [&](int) { dm->undo(); },
+            [&](int) { floor.applyChangeset(inverted); },
+            [&](int turn) {
+                dm->readFromHimokuTable();
+                dm->deleteHimokuHimoku(category.front(), category);
+                dm->recomputeAllSisanZankin();
+                if (turn % 2 == 1) inverted = newestStepInverted(path);
             });
     std::fprintf(stderr, "floor checksum %lld\n", static_cast<long long>(floor.checksum()));
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "editors/EditorUndo.h"
 #include "editors/EditorWidgets.h"
 #include "editors/KoumokuNamae.h"
 #include "editors/UtiwakeNamae.h"
@@ -140,6 +141,7 @@ void PrefsHimokuViewController::wireActions()
     connect(new QShortcut(QKeySequence(Qt::Key_Delete), ui->tblHimokuKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
             &QShortcut::activated, this, &PrefsHimokuViewController::btnHimokuSakujyo);
     bindBoxKeys(ui->himokuKoumokuBox, [this] { btnHimokuKoumokuOk(); }, [this] { btnHimokuKoumokuCancel(); });
+    undoKeys = new EditorUndo(DM, this, [this](const StepFocus& focus) { showUndone(focus); });
 }
 
 void PrefsHimokuViewController::btnClose()
@@ -276,9 +278,22 @@ void PrefsHimokuViewController::btnHimokuKoumokuOk()
         return;
     }
     if (!execute(syubetu)) return;
+    undoKeys->stepMade();
     reloadTable();
     himokuKoumokuChangedSw = true;
     hideBox();
+}
+
+void PrefsHimokuViewController::showUndone(const StepFocus& focus)
+{
+    himokuKoumokuChangedSw = true;
+    hideBox();
+    reloadTable();
+    const int64_t* row = focus.himokuId ? DM.himokuId2Idx.find(focus.himokuId) : nullptr;
+    if (row) {
+        ui->tblHimokuKoumoku->selectRow(static_cast<int>(*row));
+        ui->tblHimokuKoumoku->scrollTo(model->index(static_cast<int>(*row), 0));
+    }
 }
 
 bool PrefsHimokuViewController::execute(int64_t syubetu)

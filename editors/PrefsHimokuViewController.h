@@ -9,9 +9,11 @@
 #include "ui/ModalEditor.h"
 
 class DataModel;
+class EditorUndo;
 class ListTableModel;
 class QString;
 struct Himoku;
+struct StepFocus;
 namespace Ui {
 class PrefsHimokuViewController;
 }
@@ -70,6 +72,7 @@ protected:
 private:
     std::unique_ptr<Ui::PrefsHimokuViewController> ui;
     ListTableModel* model = nullptr;
+    EditorUndo* undoKeys = nullptr;
     bool himokuKoumokuChangedSw = false;
     int64_t theHimokuKoumokuSyoriNo = kNone;
 
@@ -105,4 +108,7 @@ private:
     void utiwakeOf(int64_t himokuId, std::vector<int64_t>& ids, std::vector<std::string>& names) const;
     void say(const QString& message);
     bool askDelete(const QString& question);
+    // After Ctrl+Z or a redo of one of this editor's steps: the table shows
+    // the result with the row it put back or changed selected.
+    void showUndone(const StepFocus& focus);
 };

@@ -8,6 +8,7 @@
 #include <QShortcut>
 #include <QSignalBlocker>
 
+#include "editors/EditorUndo.h"
 #include "editors/EditorWidgets.h"
 #include "editors/KoumokuNamae.h"
 #include "household/HouseholdLabels.h"
@@ -124,6 +125,7 @@ void PrefsSisanViewController::wireActions()
     for (QComboBox* combo : {ui->cmbCardClosingDay, ui->cmbCardWithdrawalDay, ui->cmbCardMonthsAfter, ui->cmbCardShift,
                              ui->cmbCardPayingSisan})
         connect(combo, &QComboBox::currentIndexChanged, this, &PrefsSisanViewController::cardFieldsChanged);
+    undoKeys = new EditorUndo(DM, this, [this](const StepFocus& focus) { showUndone(focus); });
 }
 
 void PrefsSisanViewController::prepareBox(SyoriNo syoriNo, const QString& title, const QString& ok,
@@ -212,10 +214,20 @@ void PrefsSisanViewController::btnSisanKoumokuOK()
         return;
     }
     if (!done) return;
+    undoKeys->stepMade();
     sisanKoumokuChangedSw = true;
     reloadTable();
     hideBox();
     askForPayingAsset();
+}
+
+void PrefsSisanViewController::showUndone(const StepFocus& focus)
+{
+    sisanKoumokuChangedSw = true;
+    hideBox();
+    reloadTable();
+    const int64_t* row = focus.sisanId ? DM.sisanId2Idx.find(focus.sisanId) : nullptr;
+    if (row) ui->tblSisanKoumoku->selectRow(static_cast<int>(*row));
 }
 
 bool PrefsSisanViewController::namaeFreeOrSay(const QString& namae, const Sisan* own)

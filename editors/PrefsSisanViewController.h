@@ -10,9 +10,11 @@
 #include "ui/ModalEditor.h"
 
 class DataModel;
+class EditorUndo;
 class ListTableModel;
 class QString;
 struct Sisan;
+struct StepFocus;
 namespace Ui {
 class PrefsSisanViewController;
 }
@@ -65,6 +67,7 @@ protected:
 private:
     std::unique_ptr<Ui::PrefsSisanViewController> ui;
     ListTableModel* model = nullptr;
+    EditorUndo* undoKeys = nullptr;
     int64_t sisanKoumokuSyoriNo = kNone;
     bool sisanKoumokuChangedSw = false;
     // The asset an edit or a delete acts on, fixed when its box is prepared:
@@ -96,6 +99,9 @@ private:
     bool executeKousin(int64_t kingaku);
     bool executeSakujyo();
     void deselect();
+    // After Ctrl+Z or a redo of one of this editor's steps: the table shows
+    // the result with the asset it put back or changed selected.
+    void showUndone(const StepFocus& focus);
 
     // Cards.
     // Cards whose paying asset was just deleted: each asks for another.

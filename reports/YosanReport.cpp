@@ -1,6 +1,9 @@
 #include "reports/YosanReport.h"
 
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 
 #include "household/HouseholdLabels.h"
 #include "store/DataModel.h"
@@ -33,10 +36,17 @@ std::string yosanRowName(const YosanRow& row)
 
 std::string yosanShareText(const YosanRow& row)
 {
-    const auto share = row.share();
-    if (!share) return {};
-    char text[32];
-    std::snprintf(text, sizeof text, "%.1f%%", *share * 100.0);
+    if (!row.share()) return {};
+    // Tenths of a percent rounded half up in integers, so that 123.45% is
+    // 123.5% as a person rounds it (in binary it is 123.4499...). Spending
+    // beyond what the integers hold (no household's) is rounded in binary.
+    const int64_t spent = row.jisseki, budget = *row.yosan;
+    const int64_t tenths = std::abs(spent) < INT64_MAX / 2000
+                               ? (spent * 2000 + (spent >= 0 ? budget : -budget)) / (2 * budget)
+                               : static_cast<int64_t>(std::llround(*row.share() * 1000));
+    char text[48];
+    std::snprintf(text, sizeof text, "%s%lld.%lld%%", tenths < 0 && tenths > -10 ? "-" : "",
+                  static_cast<long long>(tenths / 10), static_cast<long long>(std::abs(tenths % 10)));
     return text;
 }
 

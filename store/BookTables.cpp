@@ -32,6 +32,17 @@ const std::vector<TableLayout>& requiredBookTables()
 const std::vector<TableLayout>& optionalBookTables()
 {
     static const std::vector<TableLayout> tables{
+        // The history of undoable steps (History.h).
+        {"History",
+         {{"Id", "INTEGER", true},
+          {"At", "INTEGER"},
+          {"Kind", "INTEGER"},
+          {"Target", "INTEGER"},
+          {"Label", "TEXT"},
+          {"Sisans", "TEXT"},
+          {"Changes", "INTEGER"},
+          {"Deletes", "INTEGER"},
+          {"Changeset", "BLOB"}}},
         // The household calendar's tables (HouseholdTables.h).
         {"BookSettings", {{"Id", "INTEGER", true}, {"Name", "TEXT"}, {"Value", "INTEGER"}}},
         {"CardCycles",

@@ -18,16 +18,47 @@ DataModel::DataModel(std::string path, int busyTimeoutMs, Corrections correction
     // The stored balances lag behind the entries when the last run did not
     // end cleanly: every screen shows the recomputed ones from the start.
     deferCorrections = true;
-    if (readFromSisanTable() && readFromHimokuTable()) {
-        recomputeAllSisanZankin();
-        readHouseholdTables();
-    }
+    readBook();
     deferCorrections = false;
     if (unreadableValueSeen) {
         badValueFound = findBadValue(db);
     } else if (corrections == Corrections::Store) {
         storePendingZankin();
     }
+}
+
+bool DataModel::readBook()
+{
+    if (!readFromSisanTable() || !readFromHimokuTable()) return false;
+    const bool recomputed = recomputeAllSisanZankin();
+    readHouseholdTables();
+    // Pruning writes: while the start's check may still read the book, it
+    // waits with the balances' corrections (storePendingZankin).
+    if (deferCorrections)
+        historyPrunePending = true;
+    else
+        pruneOldHistory();
+    loadUndoLists();
+    return recomputed;
+}
+
+void DataModel::pruneOldHistory()
+{
+    historyPrunePending = false;
+    if (!pruneHistory(db, historyNowMs())) someMessageWithAlert(errorText("failure pruning the history: "));
+}
+
+bool DataModel::reopenBook()
+{
+    finalize();
+    clearItemList();
+    theSisanNo = 0;
+    unreadableValueSeen = false;
+    badValueFound.reset();
+    const bool read = readBook();
+    if (unreadableValueSeen) badValueFound = findBadValue(db);
+    if (historyListener) historyListener();
+    return read;
 }
 
 DataModel::~DataModel()

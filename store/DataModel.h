@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -13,6 +14,7 @@
 #include "store/BookValues.h"
 #include "store/Card.h"
 #include "store/Himoku.h"
+#include "store/History.h"
 #include "store/IdIndexMap.h"
 #include "store/Items.h"
 #include "store/MonthEndHistory.h"
@@ -22,16 +24,41 @@
 
 struct sqlite3;
 class ItemsArena;
+class RecordedStep;
 class Transaction;
+struct ApplyConflict;
+struct ChangesetDigest;
+
+// What an undo, a redo or a revert changed, for the screens to show: an
+// entry of the ledger now in itemList, an asset row and a category row that
+// the operation put back or changed (0 when none).
+struct StepFocus {
+    int64_t itemId = 0;
+    int64_t sisanId = 0;
+    int64_t himokuId = 0;
+};
+
+// One changed row of a recorded step, as the history window lists it.
+struct HistoryRowView {
+    std::string change;  // 追加, 削除, 変更前, 変更後
+    std::string kind;    // 入力, 資産, 費目, 内訳
+    std::string hizuke;
+    std::string sisan;   // the asset (of an entry), or the asset itself
+    std::string himoku;  // category, or the other asset of a transfer
+    std::string nyuukin, syukkin;
+    std::string bikou;   // the note, or what else the row says
+};
 
 // The ledger store: the one object that talks to the database. It holds the
 // lists the screens show and performs every read and write of the tables
 // Sisan, Items and Himoku. Operations that can fail report their failure
 // through the message sink (MessageSink.h) and return false.
 //
-// Every write of several statements runs in one transaction: on a failure the
-// database and the in-memory lists are as they were before the call, and the
-// message is delivered after the transaction has closed. A read that meets an
+// Every write is one recorded step (RecordedStep.h): one transaction whose
+// changes go, with a label, into the book's history table, so that it can
+// be undone. On a failure the database, the history and the in-memory lists
+// are as they were before the call, and the message is delivered after the
+// transaction has closed. A read that meets an
 // error before the end of its rows fails with a message; nothing computed
 // from the rows it did get is kept. Amounts and other integers outside the
 // signed 32-bit range are refused before any write; balances are 64-bit.
@@ -47,12 +74,14 @@ public:
 
     // Opens (creating if missing) the database file at path, reads the asset
     // table, then the category table, then recomputes every balance from the
-    // entries (recomputeAllSisanZankin). A statement waits busyTimeoutMs for
-    // another connection's lock. Failures are reported, not thrown. The
-    // values these reads take are checked on the way (badValue); a book
-    // with one it cannot read gets no balance written. With
-    // Corrections::Defer the corrected balances are not stored yet but left
-    // pending (storePendingZankin): the book's check may still be running.
+    // entries (recomputeAllSisanZankin), prunes the history (History.h's
+    // limits) and reads the undo and redo lists from it. A statement waits
+    // busyTimeoutMs for another connection's lock. Failures are reported,
+    // not thrown. The values these reads take are checked on the way
+    // (badValue); a book with one it cannot read gets no balance written.
+    // With Corrections::Defer the corrected balances are not stored yet but
+    // left pending (storePendingZankin), and the history is pruned then: the
+    // book's check may still be running.
     enum class Corrections { Store, Defer };
     explicit DataModel(std::string path, int busyTimeoutMs = kBusyTimeoutMs,
                        Corrections corrections = Corrections::Store);
@@ -77,8 +106,9 @@ public:
     // tries again after its next committed change and at the final balance
     // write.
     bool zankinWritePending() const { return !zankinPendingIds.empty(); }
-    // Stores the pending balances, waiting only briefly for a reader; true
-    // when nothing is pending any more.
+    // Stores the pending balances, waiting only briefly for a reader, and
+    // prunes the history when the start left that too; true when no
+    // balance is pending any more.
     bool storePendingZankin();
 
     // ---- lists shown by the screens -------------------------------------
@@ -113,6 +143,13 @@ public:
     // Re-reads assets, categories and the shown asset's entries, stopping at
     // the first failure.
     void readValue();
+    // Reads the book again as the start does (assets, categories, every
+    // balance, the history's undo and redo lists), after another connection
+    // replaced what the file holds (a restored backup). The first asset
+    // becomes the shown one; its entries are not read yet.
+    bool reopenBook();
+    // The file the store works on.
+    const std::string& bookPath() const { return strPath; }
     // Bind to parameter index (1-based) of the current statement; on failure
     // report "failure binding ...: " + SQLite's message and return false.
     bool bind_text(int index, const std::string& text);
@@ -200,6 +237,35 @@ public:
     // the listed ids; re-reads as deleteUtiwakeHimoku.
     bool deleteHimokuHimoku(int64_t himokuid, const std::vector<int64_t>& utiwakeids);
 
+    // ---- history: undo, redo, revert -----------------------------------------
+    // Each undoes or redoes one recorded step as a recorded operation of its
+    // own, in one transaction: the step's changeset inverted (undo, revert)
+    // or again (redo). A conflict with what was changed since refuses it:
+    // nothing changes, and the message names the later step that blocks it
+    // and why; a conflict only in a derived value (a stored balance, a
+    // category's sub-item count) is not one, those are brought right
+    // afterwards. On success the balances follow the entries, the lists the
+    // step touched are re-read, theSisanNo and itemList show the asset of the
+    // change, and *focus (when given) says what to show.
+
+    // The step 元に戻す would undo and the one やり直す would redo, or nullptr.
+    const HistoryEntry* undoTarget() const { return undoStack.empty() ? nullptr : &undoStack.back(); }
+    const HistoryEntry* redoTarget() const { return redoStack.empty() ? nullptr : &redoStack.back(); }
+    // Undoes the newest step not undone; it moves to the redo list.
+    bool undo(StepFocus* focus = nullptr);
+    // Makes the newest undone step again; a new step empties the redo list.
+    bool redo(StepFocus* focus = nullptr);
+    // Reverts any recorded operation (この操作を取り消す) as a new step.
+    bool revertStep(int64_t historyId, StepFocus* focus = nullptr);
+    // historyList := the history, newest first; only the operations that
+    // deleted rows when deletesOnly. On a failure the list is left as it was.
+    bool readFromHistoryTable(bool deletesOnly);
+    std::vector<HistoryEntry> historyList;
+    // The rows an operation changed, before and after, with names.
+    bool readHistoryRows(int64_t historyId, std::vector<HistoryRowView>& rows);
+    // Called after every recorded operation, to bring menus up to date.
+    void setHistoryListener(std::function<void()> listener) { historyListener = std::move(listener); }
+
     // ---- annual aggregation -------------------------------------------------
     // yearsList := the distinct years that have entries, ascending.
     bool readYearsFromItemsTable();
@@ -280,10 +346,19 @@ private:
     std::string strPath;
     int busyTimeoutMs;
     std::shared_ptr<ItemsArena> itemsArena;  // storage of itemList's rows
+    int64_t itemListSisanId = 0;             // the asset whose ledger itemList holds, 0 none
+    // True while every in-memory balance is its opening amount plus its
+    // entries: after a recompute of all, kept by each recorded step; a read
+    // of the asset table brings back the stored copies and ends it.
+    bool zankinExact = false;
+    std::vector<HistoryEntry> undoStack;     // done steps, newest last
+    std::vector<HistoryEntry> redoStack;     // undone steps, newest undone last
+    std::function<void()> historyListener;
     bool unreadableValueSeen = false;  // set by the checked reads below
     std::optional<BadValue> badValueFound;
     std::set<int64_t> zankinPendingIds;  // assets whose stored balance waits to be corrected
     bool deferCorrections = false;
+    bool historyPrunePending = false;  // the start left the pruning for storePendingZankin
 
     // Prepares sql into stmt; on failure reports prefix + SQLite's message.
     bool prepare(const std::string& sql, const char* failurePrefix, const char* informative);
@@ -310,6 +385,37 @@ private:
     // Report a transaction that could not begin or commit; true otherwise.
     bool beganOrReport(const Transaction& tx);
     bool commitOrReport(Transaction& tx);
+    bool beganOrReport(const RecordedStep& step);
+    // Commits the step, reporting a failure, and brings the undo and redo
+    // lists up to date.
+    bool commitStep(RecordedStep& step);
+
+    // What the start reads: the lists, every balance, the pruned history.
+    bool readBook();
+    void pruneOldHistory();
+
+    // History.
+    void loadUndoLists();
+    void noteRecorded(const HistoryEntry& entry, bool notify);
+    bool replay(int64_t historyId, HistoryKind kind, StepFocus* focus);
+    void reportConflict(HistoryKind kind, const HistoryEntry& target, const ApplyConflict& conflict);
+    // Turns the digest's updated entries into a removal and an addition each,
+    // reading their unchanged columns (the same before and after) from the
+    // book; an addition to the asset wholeRowsOf is kept whole.
+    bool resolveUpdates(ChangesetDigest& digest, int64_t wholeRowsOf);
+    // Names of the assets the digest touched: its own, else the listed ones.
+    std::string sisanNamesOf(const ChangesetDigest& digest) const;
+    // Moves the in-memory balances by the digest's entries and opening amounts.
+    void applyZankinDeltas(const ChangesetDigest& digest);
+    // After a replay: lists, balances and the shown ledger from what changed.
+    bool showEffects(const ChangesetDigest& digest, int64_t shownSisanId, bool exact,
+                     const std::vector<std::pair<int64_t, int64_t>>& zankinBefore, StepFocus* focus);
+    int64_t focusSisanOf(const ChangesetDigest& digest, int64_t shownSisanId) const;
+    // Replaces the rows of the ledger in itemList that a replay changed, in
+    // date order, without reading the ledger again; false when it cannot.
+    bool patchItemList(const ChangesetDigest& digest);
+    std::string entryLabel(int64_t id, const char* verb);
+    std::string entryLabel(const Items& item, const char* verb);
 
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.
@@ -322,6 +428,9 @@ private:
     bool sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* onlySisanId = nullptr);
     // The balance of one asset from its entries; itemList is left as it is.
     bool recomputeSisanZankin(int64_t sisanId);
+    // Every balance from the entries, in memory only; the positions whose
+    // balance changed go to *changed when given.
+    bool recomputeZankinInMemory(std::vector<size_t>* changed = nullptr);
     // Writes the balances of the assets at these positions in one transaction.
     bool storeZankinOf(const std::vector<size_t>& positions);
     // The UPDATE of one asset's stored balance.

@@ -36,15 +36,8 @@ bool DataModel::sumZankinOfSisans(std::vector<int64_t>& zankin, const int64_t* o
 
 bool DataModel::recomputeAllSisanZankin()
 {
-    std::vector<int64_t> zankin;
-    if (!sumZankinOfSisans(zankin)) return false;
     std::vector<size_t> changed;
-    for (size_t p = 0; p < sisanList.size(); ++p) {
-        if (sisanList[p]->Zankin == zankin[p]) continue;
-        sisanList[p]->Zankin = zankin[p];
-        changed.push_back(p);
-    }
-    totalOfZankinFrom_sisanList();
+    if (!recomputeZankinInMemory(&changed)) return false;
     // Sums of values the program cannot read are never stored.
     if (unreadableValueSeen) return false;
     if (changed.empty()) return true;
@@ -53,6 +46,20 @@ bool DataModel::recomputeAllSisanZankin()
         return true;
     }
     return storeZankinOf(changed);
+}
+
+bool DataModel::recomputeZankinInMemory(std::vector<size_t>* changed)
+{
+    std::vector<int64_t> zankin;
+    if (!sumZankinOfSisans(zankin)) return false;
+    for (size_t p = 0; p < sisanList.size(); ++p) {
+        if (sisanList[p]->Zankin == zankin[p]) continue;
+        sisanList[p]->Zankin = zankin[p];
+        if (changed) changed->push_back(p);
+    }
+    totalOfZankinFrom_sisanList();
+    zankinExact = true;
+    return true;
 }
 
 bool DataModel::recomputeSisanZankin(int64_t sisanId)
@@ -86,6 +93,7 @@ bool DataModel::storeZankinOf(const std::vector<size_t>& positions)
 
 bool DataModel::storePendingZankin()
 {
+    if (historyPrunePending) pruneOldHistory();
     std::vector<size_t> positions;
     for (const int64_t id : std::exchange(zankinPendingIds, {}))
         if (const int64_t* p = sisanId2Idx.find(id)) positions.push_back(static_cast<size_t>(*p));

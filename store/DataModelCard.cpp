@@ -6,7 +6,8 @@
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "store/Money.h"
-#include "store/Transaction.h"
+#include "store/RecordedStep.h"
+#include "store/StepLabels.h"
 
 namespace {
 
@@ -92,8 +93,8 @@ bool DataModel::cardUpdate(const Card& card, const Date& today)
                                std::to_string(static_cast<int>(card.cycle.shift)) + "," + paying + "," +
                                std::to_string(monthNumberOf(first));
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx) || !createHouseholdTablesOrReport()) return false;
+        RecordedStep step(db, sisanStepLabel(getSisanNamaeFromNo(card.SisanNo), "カード設定"));
+        if (!beganOrReport(step) || !createHouseholdTablesOrReport()) return false;
         if (!runWrite("INSERT INTO CardCycles (SisanNo, ClosingDay, WithdrawalDay, MonthsAfterClosing, "
                       "WithdrawalShift, PayingSisanNo, FirstClosingMonth) VALUES (" + values +
                           ") ON CONFLICT(SisanNo) DO UPDATE SET ClosingDay = excluded.ClosingDay, WithdrawalDay = "
@@ -102,7 +103,7 @@ bool DataModel::cardUpdate(const Card& card, const Date& today)
                           "excluded.FirstClosingMonth",
                       "error prepare update card cycle: ", "information", "failure updating card cycle: "))
             return false;
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return readFromCardTable();
 }
@@ -110,9 +111,14 @@ bool DataModel::cardUpdate(const Card& card, const Date& today)
 bool DataModel::cardDelete(int64_t sisanId)
 {
     if (!allFitInt32({sisanId}) || !householdTablesPresent()) return false;
-    if (!runWrite("DELETE FROM CardCycles WHERE SisanNo = " + std::to_string(sisanId),
-                  "error prepare delete card cycle: ", "information", "failure deleting card cycle: "))
-        return false;
+    {
+        RecordedStep step(db, sisanStepLabel(getSisanNamaeFromNo(sisanId), "カード設定の解除"));
+        if (!beganOrReport(step)) return false;
+        if (!runWrite("DELETE FROM CardCycles WHERE SisanNo = " + std::to_string(sisanId),
+                      "error prepare delete card cycle: ", "information", "failure deleting card cycle: "))
+            return false;
+        if (!commitStep(step)) return false;
+    }
     return readFromCardTable();
 }
 
@@ -227,14 +233,14 @@ bool DataModel::cardSettlementInsert(int64_t sisanId, const YearMonth& closingMo
     {
         // The transfer and the note of its period go together: a period is
         // settled exactly when its transfer is in the book.
-        Transaction tx(db);
-        if (!beganOrReport(tx) || !createHouseholdTablesOrReport()) return false;
+        RecordedStep step(db, cardStepLabel(getSisanNamaeFromNo(sisanId), kingaku, "記録"));
+        if (!beganOrReport(step) || !createHouseholdTablesOrReport()) return false;
         int64_t sakiId = 0;
         if (!insertIdouRows(hizuke, date->year, date->month, date->day, paying, kSyubetuIdouMoto, sisanId, kingaku,
                             bikou, &sakiId) ||
             !insertSettlementRow(sisanId, closingMonth, sakiId, kingaku))
             return false;
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return recomputeSisanZankin(sisanId) && recomputeSisanZankin(paying) && rereadShownItems();
 }
@@ -242,8 +248,8 @@ bool DataModel::cardSettlementInsert(int64_t sisanId, const YearMonth& closingMo
 bool DataModel::cardSettlementMark(int64_t sisanId, const YearMonth& closingMonth, int64_t kingaku)
 {
     if (!cardOf(sisanId) || !allFitInt32({sisanId, kingaku})) return false;
-    Transaction tx(db);
-    if (!beganOrReport(tx) || !createHouseholdTablesOrReport()) return false;
+    RecordedStep step(db, cardStepLabel(getSisanNamaeFromNo(sisanId), kingaku, "記録済み"));
+    if (!beganOrReport(step) || !createHouseholdTablesOrReport()) return false;
     if (!insertSettlementRow(sisanId, closingMonth, std::nullopt, kingaku)) return false;
-    return commitOrReport(tx);
+    return commitStep(step);
 }

@@ -2,7 +2,8 @@
 #include <sqlite3.h>
 
 #include "store/DataModel.h"
-#include "store/Transaction.h"
+#include "store/RecordedStep.h"
+#include "store/StepLabels.h"
 
 namespace {
 
@@ -54,8 +55,8 @@ bool DataModel::insertHimokuOfHiimoku(int64_t syubetuNo, const std::string& nama
     if (!allFitInt32({syubetuNo})) return false;
     {
         // The category row and its "その他" sub-item exist together or not at all.
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, himokuStepLabel(namae, "追加"));
+        if (!beganOrReport(step)) return false;
         const char* prepareMessage = "error preparing HimokumeiOfHimoku insert: ";
         const char* stepMessage = "failure inserting himoku : ";
         if (!insertHimokuRow(syubetuNo, namae, 0, 1, prepareMessage, stepMessage)) return false;
@@ -66,7 +67,7 @@ bool DataModel::insertHimokuOfHiimoku(int64_t syubetuNo, const std::string& nama
                       "error prepare update HnoOfHimoku for insert himokumei: ", "stop the app",
                       "failure updating HnoOfHimoku for insert himokumei: "))
             return false;
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return readFromHimokuTable();
 }
@@ -75,8 +76,8 @@ bool DataModel::insertUtiwakeOfHimoku(int64_t syubetuno, const std::string& utiw
 {
     if (!allFitInt32({syubetuno, hno, ucount0, ucount0 + 1})) return false;
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, utiwakeStepLabel(utiwake, "追加"));
+        if (!beganOrReport(step)) return false;
         if (!insertHimokuRow(syubetuno, utiwake, hno, 0, "error preparing UtiwakemeiOfHimoku insert: ",
                              "failure inserting utiwake : "))
             return false;
@@ -84,7 +85,7 @@ bool DataModel::insertUtiwakeOfHimoku(int64_t syubetuno, const std::string& utiw
                       "error prepare update Ucount O fHimoku for update himokumei: ", "stop the app",
                       "failure updating Ucount Of Himoku for update himokumei: "))
             return false;
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return readFromHimokuTable();
 }
@@ -92,8 +93,11 @@ bool DataModel::insertUtiwakeOfHimoku(int64_t syubetuno, const std::string& utiw
 bool DataModel::updateHnoOfHimoku(int64_t id, int64_t hno)
 {
     if (!allFitInt32({id, hno})) return false;
+    RecordedStep step(db, himokuStepLabel(getHimokuNamaeFromNo(id), "番号の変更"));
+    if (!beganOrReport(step)) return false;
     return runWrite("UPDATE Himoku SET Hno= " + std::to_string(hno) + " WHERE Id=" + std::to_string(id),
-                    "error prepare update HnoOfHimoku: ", "stop the app", "failure updating HnoOfHimoku: ");
+                    "error prepare update HnoOfHimoku: ", "stop the app", "failure updating HnoOfHimoku: ") &&
+           commitStep(step);
 }
 
 bool DataModel::renameRow(int64_t id, const std::string& namae, const char* preparePrefix, const char* stepPrefix)
@@ -117,8 +121,8 @@ bool DataModel::updateNamaeOfHimoku(int64_t id, const std::string& himokuNamae,
         if (!allFitInt32({utiwakeId})) return false;
     {
         // The category and every sub-item carry the new name, or none does.
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, himokuStepLabel(getHimokuNamaeFromNo(id), "名前の変更"));
+        if (!beganOrReport(step)) return false;
         if (!renameRow(id, himokuNamae, "error prepare update Namae Of Himoku: ", "failure updating Namae Of Himoku: "))
             return false;
         for (size_t i = 0; i < utiwakeids.size(); ++i) {
@@ -127,7 +131,7 @@ bool DataModel::updateNamaeOfHimoku(int64_t id, const std::string& himokuNamae,
                            "failure updating utiwake namae Of updated Himoku: "))
                 return false;
         }
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return readFromHimokuTable() && rereadShownItems();
 }
@@ -135,9 +139,14 @@ bool DataModel::updateNamaeOfHimoku(int64_t id, const std::string& himokuNamae,
 bool DataModel::updateNamaeOfUtiwakeHimoku(int64_t id, const std::string& namae)
 {
     if (!allFitInt32({id})) return false;
-    if (!renameRow(id, namae, "error prepare update Namae Of Utiwake Himoku: ",
-                   "failure updating Namae Of Utiwake Himoku: "))
-        return false;
+    {
+        RecordedStep step(db, utiwakeStepLabel(getHimokuNamaeFromNo(id), "名前の変更"));
+        if (!beganOrReport(step)) return false;
+        if (!renameRow(id, namae, "error prepare update Namae Of Utiwake Himoku: ",
+                       "failure updating Namae Of Utiwake Himoku: ") ||
+            !commitStep(step))
+            return false;
+    }
     return readFromHimokuTable() && rereadShownItems();
 }
 
@@ -146,8 +155,8 @@ bool DataModel::deleteUtiwakeHimoku(int64_t id, int64_t hno, int64_t ucount)
     if (!allFitInt32({id, hno, ucount, ucount - 1})) return false;
     {
         // Row, count and entries go together, so the count always matches.
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, utiwakeStepLabel(getHimokuNamaeFromNo(id), "削除"));
+        if (!beganOrReport(step)) return false;
         const std::string ids = std::to_string(id);
         if (!runWrite("DELETE FROM Himoku WHERE Id=" + ids, "error preparing delete utiwake: ", "information",
                       "failure delet from himoku: "))
@@ -159,7 +168,7 @@ bool DataModel::deleteUtiwakeHimoku(int64_t id, int64_t hno, int64_t ucount)
                       "information", "failure delete items  from himoku: "))
             return false;
         if (!deleteYosanOf({id})) return false;
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return rereadAfterHimokuDelete();
 }
@@ -170,8 +179,8 @@ bool DataModel::deleteHimokuHimoku(int64_t himokuid, const std::vector<int64_t>&
     for (int64_t utiwakeId : utiwakeids)
         if (!allFitInt32({utiwakeId})) return false;
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, himokuStepLabel(getHimokuNamaeFromNo(himokuid), "削除"));
+        if (!beganOrReport(step)) return false;
         if (!runWrite("DELETE FROM Himoku WHERE Hno=" + std::to_string(himokuid),
                       "error preparing delete himoku,utiwake: ", "information", "failure delete from himoku,utiwake: "))
             return false;
@@ -184,7 +193,7 @@ bool DataModel::deleteHimokuHimoku(int64_t himokuid, const std::vector<int64_t>&
         std::vector<int64_t> budgeted = utiwakeids;
         budgeted.push_back(himokuid);
         if (!deleteYosanOf(budgeted)) return false;
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return rereadAfterHimokuDelete();
 }

@@ -3,7 +3,8 @@
 
 #include "store/DataModel.h"
 #include "store/HouseholdTables.h"
-#include "store/Transaction.h"
+#include "store/RecordedStep.h"
+#include "store/StepLabels.h"
 
 namespace {
 
@@ -77,8 +78,8 @@ bool DataModel::updateHouseholdMonthSetting(const HouseholdMonthSetting& setting
         return false;
     }
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx) || !createHouseholdTablesOrReport()) return false;
+        RecordedStep step(db, settingsStepLabel());
+        if (!beganOrReport(step) || !createHouseholdTablesOrReport()) return false;
         const std::pair<const char*, int> values[] = {{kMonthStartDay, setting.startDay},
                                                       {kMonthStartShift, static_cast<int>(setting.shift)},
                                                       {kMonthNaming, static_cast<int>(setting.naming)}};
@@ -88,7 +89,7 @@ bool DataModel::updateHouseholdMonthSetting(const HouseholdMonthSetting& setting
             finalize();
             if (!done) return false;
         }
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     householdMonths = months.value();
     return true;

@@ -5,7 +5,8 @@
 #include "store/FindById.h"
 #include "store/ItemsArena.h"
 #include "store/Money.h"
-#include "store/Transaction.h"
+#include "store/RecordedStep.h"
+#include "store/StepLabels.h"
 
 namespace {
 
@@ -51,6 +52,7 @@ void DataModel::clearItemList()
     itemList.clear();
     itemId2Idx.clear();
     itemIdx2Id.clear();
+    itemListSisanId = 0;
 }
 
 std::shared_ptr<ItemsArena> DataModel::emptyItemsArena()
@@ -122,6 +124,7 @@ bool DataModel::readFromItemsTable(int64_t sisanId)
         return false;
     }
     arena->releaseUnused();
+    itemListSisanId = sisanId;
     itemId2Idx.assignPositions(itemIdx2Id);
     updateSisanZankinList(sisanId, zankin);
     for (auto& flag : itemSortASC) flag.second = true;
@@ -207,9 +210,14 @@ bool DataModel::itemNyuukinSyukkinInsert(const std::string& hizuke, int64_t nen,
 {
     if (!allFitInt32({nen, tuki, hi, sisanNo, syubetuNo, himokuNo, kingaku})) return false;
     const char* sql = syubetuNo == kSyubetuSisyutu ? kInsertSyukkin : kInsertNyuukin;
-    if (!insertItemRow(sql, "error preparing Syukkin,Nyuukin insert: ", hizuke, nen, tuki, hi, sisanNo, syubetuNo,
-                       himokuNo, -1, kingaku, bikou))
-        return false;
+    {
+        RecordedStep step(db, entryStepLabel(getHimokuNamaeFromNo(himokuNo), kingaku, "追加"));
+        if (!beganOrReport(step)) return false;
+        if (!insertItemRow(sql, "error preparing Syukkin,Nyuukin insert: ", hizuke, nen, tuki, hi, sisanNo, syubetuNo,
+                           himokuNo, -1, kingaku, bikou))
+            return false;
+        if (!commitStep(step)) return false;
+    }
     return rereadShownItems();
 }
 
@@ -236,14 +244,15 @@ bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int6
 {
     if (!allFitInt32({nen, tuki, hi, sisanNo, syubetuNo, idouSisanNo, kingaku})) return false;
     {
-        // Both rows and their link are written together or not at all; the
-        // ledgers are re-read only after the commit, so a rolled-back
-        // transfer never reaches the lists or the balances.
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        // Both rows and their link are one step, written together or not at
+        // all; the ledgers are re-read only after the commit, so a
+        // rolled-back transfer never reaches the lists or the balances.
+        RecordedStep step(db, idouStepLabel(getSisanNamaeFromNo(sisanNo), getSisanNamaeFromNo(idouSisanNo), kingaku,
+                                            "追加"));
+        if (!beganOrReport(step)) return false;
         if (!insertIdouRows(hizuke, nen, tuki, hi, sisanNo, syubetuNo, idouSisanNo, kingaku, bikou, nullptr))
             return false;
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     // Only the destination's balance is needed from its ledger; the list
     // shown afterwards is the source's.
@@ -262,18 +271,29 @@ bool DataModel::itemUpdate(int64_t id, const std::string& hizuke, int64_t nen, i
                             " ,SisanNo=" + std::to_string(sisanNo) + " ,SyubetuNo=" + std::to_string(syubetuNo) +
                             " ,HimokuNo=  " + std::to_string(himokuNo) + amountColumn + std::to_string(kingaku) +
                             " ,Bikou = ?" + " WHERE Id=" + std::to_string(id);
-    if (!prepare(sql, "error prepare update 編集更新item: ", "stop the app")) return false;
-    const bool done = bind_text(1, hizuke) && bind_text(2, bikou) && stepDone("failure updating  編集更新item: ");
-    finalize();
-    return done && readFromItemsTable(sisanNo);
+    {
+        RecordedStep step(db, entryStepLabel(getHimokuNamaeFromNo(himokuNo), kingaku, "編集"));
+        if (!beganOrReport(step)) return false;
+        if (!prepare(sql, "error prepare update 編集更新item: ", "stop the app")) return false;
+        const bool done =
+            bind_text(1, hizuke) && bind_text(2, bikou) && stepDone("failure updating  編集更新item: ");
+        finalize();
+        if (!done || !commitStep(step)) return false;
+    }
+    return readFromItemsTable(sisanNo);
 }
 
 bool DataModel::itemDelete(int64_t id)
 {
     if (!allFitInt32({id})) return false;
-    if (!runWrite("DELETE FROM Items WHERE Id=" + std::to_string(id), "error preparing delete: ", "information",
-                  "failure deletin from Items: "))
-        return false;
+    {
+        RecordedStep step(db, entryLabel(id, "削除"));
+        if (!beganOrReport(step)) return false;
+        if (!runWrite("DELETE FROM Items WHERE Id=" + std::to_string(id), "error preparing delete: ", "information",
+                      "failure deletin from Items: "))
+            return false;
+        if (!commitStep(step)) return false;
+    }
     return rereadShownItems();
 }
 
@@ -282,14 +302,14 @@ bool DataModel::itemDeleteIdouPair(int64_t partnerId, int64_t id)
     if (!allFitInt32({partnerId, id})) return false;
     const std::shared_ptr<Items> partner = readFromItem1Item(partnerId);
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, partner ? entryLabel(*partner, "削除") : entryLabel(id, "削除"));
+        if (!beganOrReport(step)) return false;
         for (int64_t rowId : {partnerId, id}) {
             if (!runWrite("DELETE FROM Items WHERE Id=" + std::to_string(rowId), "error preparing delete: ",
                           "information", "failure deletin from Items: "))
                 return false;
         }
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     // The partner's asset loses the row too: bring its balance up to date.
     if (partner && sisanId2Idx.count(partner->SisanNo) && !recomputeSisanZankin(partner->SisanNo)) return false;
@@ -299,7 +319,11 @@ bool DataModel::itemDeleteIdouPair(int64_t partnerId, int64_t id)
 bool DataModel::itemDeleteWhereSisanNo(int64_t sisanId)
 {
     if (!allFitInt32({sisanId})) return false;
-    if (!deleteItemsOfSisan(sisanId)) return false;
+    {
+        RecordedStep step(db, sisanStepLabel(getSisanNamaeFromNo(sisanId), "データの削除"));
+        if (!beganOrReport(step)) return false;
+        if (!deleteItemsOfSisan(sisanId) || !commitStep(step)) return false;
+    }
     return rereadShownItems();
 }
 
@@ -307,14 +331,14 @@ bool DataModel::sisanDeleteWithItems(int64_t id)
 {
     if (!allFitInt32({id})) return false;
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx)) return false;
+        RecordedStep step(db, sisanStepLabel(getSisanNamaeFromNo(id), "削除"));
+        if (!beganOrReport(step)) return false;
         if (!deleteItemsOfSisan(id)) return false;
         if (!runWrite("DELETE FROM Sisan WHERE Id=" + std::to_string(id), "error preparing delete sisan: ",
                       "information", "failure deletin from sisan: "))
             return false;
         if (!deleteCardRowsOf(id)) return false;
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return rereadShownItems() && readFromSisanTable() && readFromCardTable();
 }

@@ -1,6 +1,8 @@
 // DataModel: assets and balances.
 #include "store/DataModel.h"
 #include "store/FindById.h"
+#include "store/RecordedStep.h"
+#include "store/StepLabels.h"
 
 void DataModel::clearSisanList()
 {
@@ -13,6 +15,7 @@ void DataModel::clearSisanList()
 bool DataModel::readFromSisanTable()
 {
     clearSisanList();
+    zankinExact = false;  // the stored copies may lag the entries
     if (!prepare("SELECT * FROM Sisan", "error prepare selct from sisan: ", "stop the app")) return false;
     const bool read = readRows("error step selct from sisan: ", "stop the app", [this] {
         const int64_t id = checkedInt(0, IntegerRange::Int32);
@@ -46,15 +49,20 @@ void DataModel::updateSisanZankinList(int64_t id, int64_t zankin)
 bool DataModel::sisanInsert(const std::string& namae, int64_t syokiKingaku)
 {
     if (!allFitInt32({syokiKingaku})) return false;
-    if (!prepare("INSERT INTO Sisan (Namae,SyokiKingaku,Zankin) VALUES (?,?,?)", "error preparing sisan insert: ",
-                 "information"))
-        return false;
-    const bool done = bindTextOr(1, namae, "error insert Column Namae") &&
-                      bindIntOr(2, syokiKingaku, "error insert Column SyokiKingaku ") &&
-                      bindIntOr(3, syokiKingaku, "error insert Column Zankin ") &&
-                      stepDone("failure inserting sisan : ");
-    finalize();
-    return done && readFromSisanTable();
+    {
+        RecordedStep step(db, sisanStepLabel(namae, "追加"));
+        if (!beganOrReport(step)) return false;
+        if (!prepare("INSERT INTO Sisan (Namae,SyokiKingaku,Zankin) VALUES (?,?,?)",
+                     "error preparing sisan insert: ", "information"))
+            return false;
+        const bool done = bindTextOr(1, namae, "error insert Column Namae") &&
+                          bindIntOr(2, syokiKingaku, "error insert Column SyokiKingaku ") &&
+                          bindIntOr(3, syokiKingaku, "error insert Column Zankin ") &&
+                          stepDone("failure inserting sisan : ");
+        finalize();
+        if (!done || !commitStep(step)) return false;
+    }
+    return readFromSisanTable();
 }
 
 bool DataModel::sisanUpdate(int64_t id, const std::string& namae, int64_t syokiKingaku, int64_t zankin)
@@ -62,18 +70,29 @@ bool DataModel::sisanUpdate(int64_t id, const std::string& namae, int64_t syokiK
     if (!allFitInt32({id, syokiKingaku})) return false;
     const std::string sql = "UPDATE Sisan SET Namae= ? , SyokiKingaku=" + std::to_string(syokiKingaku) +
                             " , Zankin=" + std::to_string(zankin) + " WHERE Id=" + std::to_string(id);
-    if (!prepare(sql, "error prepare update sisan: ", "stop the app")) return false;
-    const bool done = bind_text(1, namae) && stepDone("failure updating sisan: ");
-    finalize();
-    return done && readFromSisanTable();
+    {
+        const Sisan* before = findById(sisanList, sisanId2Idx, id);
+        RecordedStep step(db, sisanStepLabel(before ? before->Namae : namae, "編集"));
+        if (!beganOrReport(step)) return false;
+        if (!prepare(sql, "error prepare update sisan: ", "stop the app")) return false;
+        const bool done = bind_text(1, namae) && stepDone("failure updating sisan: ");
+        finalize();
+        if (!done || !commitStep(step)) return false;
+    }
+    return readFromSisanTable();
 }
 
 bool DataModel::sisanDelete(int64_t id)
 {
     if (!allFitInt32({id})) return false;
-    if (!runWrite("DELETE FROM Sisan WHERE Id=" + std::to_string(id), "error preparing delete sisan: ",
-                  "information", "failure deletin from sisan: "))
-        return false;
+    {
+        RecordedStep step(db, sisanStepLabel(getSisanNamaeFromNo(id), "削除"));
+        if (!beganOrReport(step)) return false;
+        if (!runWrite("DELETE FROM Sisan WHERE Id=" + std::to_string(id), "error preparing delete sisan: ",
+                      "information", "failure deletin from sisan: "))
+            return false;
+        if (!commitStep(step)) return false;
+    }
     return readFromSisanTable();
 }
 

@@ -4,7 +4,8 @@
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "store/Money.h"
-#include "store/Transaction.h"
+#include "store/RecordedStep.h"
+#include "store/StepLabels.h"
 
 namespace {
 
@@ -66,8 +67,9 @@ bool DataModel::yosanReplace(int64_t himokuNo, std::optional<int64_t> everyMonth
     }
     if (!allFitInt32({himokuNo})) return false;
     {
-        Transaction tx(db);
-        if (!beganOrReport(tx) || !createHouseholdTablesOrReport()) return false;
+        const Himoku* himoku = findById(himokuList, himokuId2Idx, himokuNo);
+        RecordedStep step(db, yosanStepLabel(himoku ? himoku->Namae : "月の合計"));
+        if (!beganOrReport(step) || !createHouseholdTablesOrReport()) return false;
         const std::string h = std::to_string(himokuNo);
         if (!runWrite("DELETE FROM Yosan WHERE HimokuNo = " + h, "error prepare delete yosan: ", "information",
                       "failure deleting yosan: "))
@@ -78,7 +80,7 @@ bool DataModel::yosanReplace(int64_t himokuNo, std::optional<int64_t> everyMonth
                           "error prepare insert yosan: ", "information", "failure inserting yosan: "))
                 return false;
         }
-        if (!commitOrReport(tx)) return false;
+        if (!commitStep(step)) return false;
     }
     return readFromYosanTable();
 }

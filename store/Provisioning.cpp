@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "store/History.h"
 #include "store/HouseholdTables.h"
 #include "store/Transaction.h"
 
@@ -57,6 +58,13 @@ bool runAll(sqlite3* db, const char* const* first, const char* const* last, std:
     return true;
 }
 
+// The history of undoable steps lives in the book; a book of an earlier
+// version gets the table when it is opened.
+bool addHistory(sqlite3* db, std::string* error)
+{
+    return createHistoryTable(db) || fail(error, std::string(sqlite3_errmsg(db)) + ": the history table");
+}
+
 // The household tables live in the book; a book of an earlier version gets
 // them, empty, when it is opened.
 bool addHouseholdTables(sqlite3* db, std::string* error)
@@ -67,7 +75,8 @@ bool addHouseholdTables(sqlite3* db, std::string* error)
 bool buildSchema(sqlite3* db, std::string* error)
 {
     return runAll(db, std::begin(kSchema), std::end(kSchema), error) &&
-           runAll(db, std::begin(kIndexes), std::end(kIndexes), error) && addHouseholdTables(db, error);
+           runAll(db, std::begin(kIndexes), std::end(kIndexes), error) && addHistory(db, error) &&
+           addHouseholdTables(db, error);
 }
 
 bool insertCategory(sqlite3* db, int kind, const char* name, std::string* error)
@@ -149,7 +158,8 @@ bool provisionBook(const std::string& path, std::string* error)
     Connection c;
     if (sqlite3_open_v2(database.c_str(), &c.db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
         return fail(error, "cannot open " + database.string() + ": " + sqlite3_errmsg(c.db));
-    return runAll(c.db, std::begin(kIndexes), std::end(kIndexes), error) && addHouseholdTables(c.db, error);
+    return runAll(c.db, std::begin(kIndexes), std::end(kIndexes), error) && addHistory(c.db, error) &&
+           addHouseholdTables(c.db, error);
 }
 
 bool createEmptyDatabase(const std::string& path, std::string* error)

@@ -22,6 +22,12 @@ Step Statement::step()
     }
 }
 
+void Statement::reset()
+{
+    sqlite3_reset(stmt_);
+    sqlite3_clear_bindings(stmt_);
+}
+
 void Statement::finalize()
 {
     sqlite3_finalize(stmt_);
@@ -36,6 +42,26 @@ int Statement::bindText(int index, const std::string& text)
 int Statement::bindInt(int index, int value)
 {
     return sqlite3_bind_int(stmt_, index, value);
+}
+
+int Statement::bindInt64(int index, int64_t value)
+{
+    return sqlite3_bind_int64(stmt_, index, value);
+}
+
+int Statement::bindBlob(int index, const std::string& bytes)
+{
+    return sqlite3_bind_blob64(stmt_, index, bytes.data(), bytes.size(), SQLITE_STATIC);
+}
+
+int Statement::bindNull(int index)
+{
+    return sqlite3_bind_null(stmt_, index);
+}
+
+int Statement::columnCount() const
+{
+    return sqlite3_column_count(stmt_);
 }
 
 int64_t Statement::columnInt(int column) const
@@ -57,6 +83,17 @@ std::string Statement::columnText(int column) const
 {
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
     return text ? std::string(text, static_cast<size_t>(sqlite3_column_bytes(stmt_, column))) : std::string();
+}
+
+std::string Statement::columnBlob(int column) const
+{
+    const auto* bytes = static_cast<const char*>(sqlite3_column_blob(stmt_, column));
+    return bytes ? std::string(bytes, static_cast<size_t>(sqlite3_column_bytes(stmt_, column))) : std::string();
+}
+
+bool Statement::columnIsNull(int column) const
+{
+    return sqlite3_column_type(stmt_, column) == SQLITE_NULL;
 }
 
 int64_t Statement::columnSum(int column) const

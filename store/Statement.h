@@ -27,12 +27,19 @@ public:
     // True when sql (whole text) was prepared on db.
     bool prepare(sqlite3* db, const std::string& sql);
     Step step();
+    // Rewinds the statement to run it again with new bindings.
+    void reset();
     void finalize();
 
-    // SQLite's result codes (0 = done).
+    // SQLite's result codes (0 = done). A bound blob is not copied: its
+    // bytes must stay as they are until the statement has been stepped.
     int bindText(int index, const std::string& text);
     int bindInt(int index, int value);
+    int bindInt64(int index, int64_t value);
+    int bindBlob(int index, const std::string& bytes);
+    int bindNull(int index);
 
+    int columnCount() const;
     // Column readers of the current row; NULL reads as 0 or "". Integers
     // are read whole: a value beyond 32 bits is never wrapped round.
     int64_t columnInt(int column) const;
@@ -41,6 +48,8 @@ public:
     // none for text, a fraction or a value out of range.
     std::optional<int64_t> columnReadable(int column, IntegerRange range) const;
     std::string columnText(int column) const;
+    std::string columnBlob(int column) const;
+    bool columnIsNull(int column) const;
     // A SUM column read through its decimal text, which keeps all 64 bits.
     int64_t columnSum(int column) const;
 

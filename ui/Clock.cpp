@@ -1,5 +1,7 @@
 #include "ui/Clock.h"
 
+#include "store/History.h"
+
 namespace {
 
 std::function<QDateTime()>& clockInUse()
@@ -18,6 +20,11 @@ QDateTime currentDateTime()
 
 void setClock(std::function<QDateTime()> clock)
 {
+    // The history records its steps by the same clock.
+    if (clock)
+        setHistoryClock([clock] { return clock().toMSecsSinceEpoch(); });
+    else
+        setHistoryClock(nullptr);
     clockInUse() = std::move(clock);
 }
 

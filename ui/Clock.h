@@ -8,7 +8,8 @@
 // Today's date and time in the local time zone, from a clock that tests set.
 QDateTime currentDateTime();
 
-// Replaces the clock (tests); an empty function restores the system clock.
+// Replaces the clock (tests), also for the times the history records; an
+// empty function restores the system clock.
 void setClock(std::function<QDateTime()> clock);
 
 // The date stamp of the main window and the reports: calendar year, "年",

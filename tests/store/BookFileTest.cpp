@@ -34,13 +34,16 @@ const char* const kIndexCount =
 
 TEST_F(BookFileTest, AnExistingBookOnlyGainsItsMissingIndexesAndAMissingOneIsAPrivateStarterBook)
 {
+    // A book of an earlier version: no history, two indexes missing.
     addSmallBook();
-    exec("DROP INDEX Items_HimokuNo; DROP INDEX Items_IdouSisanNo");
+    exec("DROP INDEX Items_HimokuNo; DROP INDEX Items_IdouSisanNo; DROP TABLE History");
     const std::string before = dumpAll();
     std::string error;
     ASSERT_TRUE(provisionResourceDirectory(dir, &error)) << error;
     EXPECT_EQ(scalar(kIndexCount), 4);
+    EXPECT_EQ(scalar("SELECT COUNT(*) FROM sqlite_master WHERE name = 'History'"), 1);
     EXPECT_EQ(dumpAll(), before);
+    EXPECT_EQ(checkBook(path).verdict, BookVerdict::Ready);
 
     const std::string home = dir + "/data/Zenvora";
     error = "stale";

@@ -163,6 +163,10 @@ const Fault kFaults[] = {
      [](DataModel& d) { return d.itemDeleteIdouPair(4, 3); }, "failure deletin from Items: "},
     {"AssetDeleteAfterItsEntries", "Sisan", "DELETE", "1", [](DataModel& d) { return d.sisanDeleteWithItems(2); },
      "failure deletin from sisan: "},
+    // A change and its record in the history commit or fail together.
+    {"HistoryRecordOfAnEntry", "History", "INSERT", "1",
+     [](DataModel& d) { return d.itemNyuukinSyukkinInsert("2024-02-01", 2024, 2, 1, 1, 1, 3, 500, ""); },
+     "failure recording history: "},
     {"SubItemRenameOfCategoryRename", "Himoku", "UPDATE", "NEW.Ucount = 0",
      [](DataModel& d) { return d.updateNamaeOfHimoku(1, "食料", {2, 3}, {"その他", "外食"}); },
      "failure updating utiwake namae Of updated Himoku: "},

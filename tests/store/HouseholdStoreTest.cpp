@@ -332,4 +332,43 @@ TEST_F(HouseholdStoreTest, AnOlderBookGainsTheTablesAndTheCheckKnowsThem)
     EXPECT_NE(check.detail.find("Yosan"), std::string::npos) << check.detail;
 }
 
+// Each change of the household tables is one step of the history, named
+// for the menu; undone, the book and the store's lists are as before it, and
+// a redo makes it again.
+TEST_F(HouseholdStoreTest, EveryHouseholdChangeIsOneUndoableStep)
+{
+    addSmallBook();
+    addSisan("カード", 0, 0);
+    addEntry(3, "2026-09-01", 1, 2, 1000);
+    DataModel& dm = open();
+    const std::string before = dumpAll();
+    ASSERT_TRUE(dm.updateHouseholdMonthSetting(kPayday));
+    ASSERT_TRUE(dm.yosanReplace(1, 30000, {}));
+    ASSERT_TRUE(dm.cardUpdate(card15(), {2026, 9, 11}));
+    ASSERT_TRUE(dm.cardSettlementInsert(3, {2026, 9}, "2026-10-13", 1000, ""));
+    ASSERT_TRUE(dm.cardSettlementMark(3, {2026, 10}, 0));
+
+    const std::vector<std::string> labels{"カード『カード』の引落 0円の記録済み", "カード『カード』の引落 1,000円の記録",
+                                          "資産『カード』のカード設定", "予算『食費』の変更", "家計の設定の変更"};
+    for (const std::string& label : labels) {
+        ASSERT_NE(dm.undoTarget(), nullptr);
+        EXPECT_EQ(dm.undoTarget()->Label, label);
+        ASSERT_TRUE(dm.undo());
+    }
+    EXPECT_EQ(dumpAll(), before);
+    EXPECT_EQ(scalar("SELECT count(*) FROM BookSettings") + scalar("SELECT count(*) FROM Yosan") +
+                  scalar("SELECT count(*) FROM CardCycles") + scalar("SELECT count(*) FROM CardSettlements"),
+              0);
+    EXPECT_TRUE(dm.householdMonths.isCalendarMonths() && dm.yosanList.empty() && dm.cardList.empty());
+    EXPECT_EQ(dm.sisanList[0]->Zankin, 10000);
+
+    for (size_t i = 0; i < labels.size(); ++i) ASSERT_TRUE(dm.redo());
+    EXPECT_EQ(dm.householdMonths.setting(), kPayday);
+    EXPECT_EQ(dm.yosanOf(1, 5), 30000);
+    EXPECT_EQ(dm.sisanList[0]->Zankin, 9000);
+    CardOutlook o;
+    ASSERT_TRUE(dm.cardOutlookOf(3, {2026, 11, 20}, o));
+    EXPECT_TRUE(o.due.empty());
+}
+
 }  // namespace
