@@ -294,7 +294,9 @@ bool generateCardBook(const std::string& path, int64_t entries, int lastYear, Ge
             const int64_t moto = sqlite3_last_insert_rowid(c.db);
             ok = ok && insertRow(day, 2, 4, 0, 1, moto, 50000);
             const int64_t saki = sqlite3_last_insert_rowid(c.db);
-            ok = ok && run(c.db, "UPDATE Items SET IdouId=" + std::to_string(saki) + " WHERE Id=" + std::to_string(moto), error) &&
+            const std::string link =
+                "UPDATE Items SET IdouId=" + std::to_string(saki) + " WHERE Id=" + std::to_string(moto);
+            ok = ok && run(c.db, link, error) &&
                  run(c.db, "INSERT INTO CardSettlements (SisanNo,ClosingMonth,ItemId,Kingaku) VALUES (2," +
                                std::to_string(year * 100 + month) + "," + std::to_string(saki) + ",50000)",
                      error);

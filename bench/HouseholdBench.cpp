@@ -55,7 +55,8 @@ void benchCard(const std::string& dir, int runs)
     std::vector<std::pair<std::string, std::string>> periods;
     const auto add = [&](const CardPeriod& p) { periods.emplace_back(p.purchases.first.iso(), p.purchases.last.iso()); };
     for (const auto& due : outlook.due) add(due.period);
-    if (outlook.next && (outlook.due.empty() || outlook.due.back().period != outlook.next->period)) add(outlook.next->period);
+    const bool nextIsDue = !outlook.due.empty() && outlook.next && outlook.due.back().period == outlook.next->period;
+    if (outlook.next && !nextIsDue) add(outlook.next->period);
     if (outlook.open) add(outlook.open->period);
     const int64_t first = int64_t{card.firstClosing.year} * 100 + card.firstClosing.month;
     compare("card_next_withdrawal", std::max(runs, 21),
