@@ -146,6 +146,7 @@ void ViewController::wireActions()
     connect(ui->mnuBackupNow, &QAction::triggered, this, &ViewController::mnuBackupNow);
     connect(ui->mnuRestoreBackup, &QAction::triggered, this, &ViewController::mnuRestoreBackup);
     wireUndo();
+    wireImport();
 }
 
 void ViewController::showGrandTotal()

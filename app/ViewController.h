@@ -24,6 +24,7 @@ class QKeyEvent;
 class QShowEvent;
 class QStringListModel;
 class QTableView;
+class StatementImporter;
 struct Sisan;
 namespace Ui {
 class ViewController;
@@ -73,6 +74,13 @@ public:
     // new day, and so does the entry panel's date where it still showed the
     // day before.
     void todayChanged();
+
+    // ---- statement import (ViewControllerImport.cpp) -------------------------
+    // ファイル → 明細の取り込み…: asks for statement files and imports them.
+    void mnuImportStatements();
+    // Shows the asset with these new entries selected, the first in view.
+    void showImportedEntries(int64_t sisanId, const std::vector<int64_t>& itemIds);
+    StatementImporter* statementImporter() const { return importer; }
 
     // ---- undo, redo and the history (編集 menu) ------------------------------
     // Cancel an open entry panel, then undo or redo the step the menu names;
@@ -135,6 +143,7 @@ private:
     ListTableModel* itemModel = nullptr;
     QStringListModel* comboModel = nullptr;
     std::map<QString, SegueDestination> segueDestinations;
+    StatementImporter* importer = nullptr;
 
     int64_t theItemDataSelectedId = -1;  // entry last selected; the edit updates it
     std::vector<int64_t> cmbItemDataIdArray;
@@ -152,6 +161,9 @@ private:
 
     void viewDidLoad();
     void wireActions();
+    void wireImport();
+    // True when nothing is being typed in the entry panel; else says so.
+    bool mayImport();
     void layOutColumns();
     void showGrandTotal();
     void showToday();

@@ -5,6 +5,7 @@
 
 #include "app/Application.h"
 #include "app/CommandLine.h"
+#include "app/ImportCommand.h"
 #include "ui/QtTranslations.h"
 
 namespace {
@@ -33,6 +34,11 @@ int main(int argc, char** argv)
     case CommandLine::Action::Error:
         std::fprintf(stderr, "%s: %s\n%s", argv[0], line.error.c_str(), usageText(argv[0]).c_str());
         return 2;
+    case CommandLine::Action::Import: {
+        // No window and no display: the statements are imported and the program ends.
+        QCoreApplication app(argc, argv);
+        return runImportCommand(line, stdout, stderr);
+    }
     case CommandLine::Action::Run:
         break;
     }

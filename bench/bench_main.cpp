@@ -23,6 +23,7 @@
 #include "bench/Floor.h"
 #include "bench/Generator.h"
 #include "bench/HouseholdBench.h"
+#include "bench/ImportBench.h"
 #include "bench/MainWindowBench.h"
 #include "bench/ReportBench.h"
 #include "store/Changeset.h"
@@ -268,6 +269,7 @@ int main(int argc, char** argv)
     benchReports(*dm, dir, runs);
     benchMainWindow(*dm, largest, ledger.secondSisanId, runs, argc, argv);
     benchCharts(*dm, middleYear, runs, argc, argv);
+    benchImport(*dm, path, dir, largest, runs);
 
     dm.reset();
     if (options.keepDir.empty()) std::filesystem::remove_all(dir);

@@ -20,6 +20,10 @@ public:
     std::string hizuke() const;
     // Days since 1970-01-01, for distances between dates.
     int64_t dayNumber() const;
+    // The date of a day number.
+    static ImportDate fromDayNumber(int64_t days);
+    // The date of a "yyyy-MM-dd" text; a null date when it is none.
+    static ImportDate fromHizuke(const std::string& hizuke);
 
     friend bool operator==(ImportDate a, ImportDate b) { return a.ymd_ == b.ymd_; }
     friend bool operator<(ImportDate a, ImportDate b) { return a.ymd_ < b.ymd_; }

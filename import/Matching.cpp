@@ -18,7 +18,7 @@ int64_t daysApart(ImportDate a, ImportDate b)
 
 class Matcher {
 public:
-    Matcher(const Statement& s, std::span<const BookEntry> same, std::span<const BookEntry> other, MatchWindows w)
+    Matcher(const StatementFile& s, std::span<const BookEntry> same, std::span<const BookEntry> other, MatchWindows w)
         : s_(s), same_(same), other_(other), w_(w), sameKeys_(same.size())
     {
         for (size_t i = 0; i < same.size(); ++i) {
@@ -117,7 +117,7 @@ private:
         return *key;
     }
 
-    const Statement& s_;
+    const StatementFile& s_;
     std::span<const BookEntry> same_, other_;
     MatchWindows w_;
     std::unordered_map<std::string, size_t> byId_, byContent_;
@@ -128,7 +128,7 @@ private:
 
 }  // namespace
 
-std::vector<RowMatch> matchStatement(const Statement& statement, std::span<const BookEntry> sameAsset,
+std::vector<RowMatch> matchStatement(const StatementFile& statement, std::span<const BookEntry> sameAsset,
                                      std::span<const BookEntry> otherAssets, MatchWindows windows)
 {
     Matcher matcher(statement, sameAsset, otherAssets, windows);
@@ -145,7 +145,7 @@ std::string BilledTotalCheck::message() const
            "円 が " + formatWithGrouping(std::llabs(statedTotal - rowsTotal)) + "円 違います。";
 }
 
-BilledTotalCheck checkBilledTotal(const Statement& s)
+BilledTotalCheck checkBilledTotal(const StatementFile& s)
 {
     BilledTotalCheck check;
     if (s.layout.profile.source != SourceKind::Card) return check;

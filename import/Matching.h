@@ -53,7 +53,7 @@ struct MatchWindows {
 // - 振替候補 for rows with a transfer hint, paired with an opposite amount of
 //   another asset within pairDays when there is one.
 // Each book entry matches at most one row.
-std::vector<RowMatch> matchStatement(const Statement& statement, std::span<const BookEntry> sameAsset,
+std::vector<RowMatch> matchStatement(const StatementFile& statement, std::span<const BookEntry> sameAsset,
                                      std::span<const BookEntry> otherAssets, MatchWindows windows = {});
 
 // A card statement's own total (above the table or on its total line)
@@ -66,4 +66,4 @@ struct BilledTotalCheck {
     bool matches() const { return !stated || statedTotal == rowsTotal; }
     std::string message() const;  // "" when it matches, else the difference in Japanese
 };
-BilledTotalCheck checkBilledTotal(const Statement& statement);
+BilledTotalCheck checkBilledTotal(const StatementFile& statement);

@@ -57,7 +57,7 @@ std::string garbledMessage(const std::string& name, uint32_t line)
 // One attempt at reading the text in one encoding.
 class Pass {
 public:
-    Pass(const std::string& name, const ReadOptions& options, Statement& statement)
+    Pass(const std::string& name, const ReadOptions& options, StatementFile& statement)
         : name_(name), options_(options), statement_(statement),
           records_([this](const CsvRecord& r) { onRecord(r); })
     {
@@ -223,7 +223,7 @@ private:
 
     const std::string& name_;
     const ReadOptions& options_;
-    Statement& statement_;
+    StatementFile& statement_;
     CsvRecords records_;
     std::vector<CsvRecord> firstRecords_;
     std::unique_ptr<RowReader> reader_;
@@ -239,7 +239,7 @@ std::string monthText(int nen, int tuki)
 
 // The period a statement covers, for its display name: the month it is paid
 // in for a card statement that says so, else the months of its rows.
-std::string periodText(const Statement& s)
+std::string periodText(const StatementFile& s)
 {
     ImportDate first, last;
     for (const StatementRow& r : s.rows) {
@@ -258,7 +258,7 @@ std::string periodText(const Statement& s)
 
 }  // namespace
 
-size_t Statement::count(RowKind kind) const
+size_t StatementFile::count(RowKind kind) const
 {
     size_t n = 0;
     for (const StatementRow& r : rows) n += r.kind == kind;
@@ -299,7 +299,7 @@ StatementReading readStatementStream(std::istream& in, uint64_t size, const std:
     for (;;) {
         in.clear();
         in.seekg(0);
-        out.statement = Statement();
+        out.statement = StatementFile();
         out.statement.fileName = name;
         out.statement.encoding = encoding;
         Pass pass(name, passOptions, out.statement);
@@ -315,7 +315,7 @@ StatementReading readStatementStream(std::istream& in, uint64_t size, const std:
         pass.finishStatement();
         break;
     }
-    Statement& s = out.statement;
+    StatementFile& s = out.statement;
     numberOccurrences(s.rows, s.pool);
     const std::string period = periodText(s);
     s.displayName = s.layout.profile.name + (period.empty() ? "" : " (" + period + ")");

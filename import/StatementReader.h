@@ -40,7 +40,7 @@ struct Refusal {
 };
 
 // A statement file read into rows.
-struct Statement {
+struct StatementFile {
     std::string fileName;
     uint64_t fileSize = 0;
     std::string sha256;  // hex of the file's bytes, for the import record
@@ -73,7 +73,7 @@ struct ReadOptions {
 // The result of reading: a refusal, or the statement.
 struct StatementReading {
     std::optional<Refusal> refusal;
-    Statement statement;
+    StatementFile statement;
     bool ok() const { return !refusal; }
 };
 

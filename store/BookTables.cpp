@@ -1,5 +1,8 @@
 #include "store/BookTables.h"
 
+#include "store/HouseholdTables.h"
+#include "store/ImportTables.h"
+
 const std::vector<TableLayout>& requiredBookTables()
 {
     static const std::vector<TableLayout> tables{
@@ -31,36 +34,27 @@ const std::vector<TableLayout>& requiredBookTables()
 
 const std::vector<TableLayout>& optionalBookTables()
 {
-    static const std::vector<TableLayout> tables{
-        // The history of undoable steps (History.h).
-        {"History",
-         {{"Id", "INTEGER", true},
-          {"At", "INTEGER"},
-          {"Kind", "INTEGER"},
-          {"Target", "INTEGER"},
-          {"Label", "TEXT"},
-          {"Sisans", "TEXT"},
-          {"Changes", "INTEGER"},
-          {"Deletes", "INTEGER"},
-          {"Changeset", "BLOB"}}},
-        // The household calendar's tables (HouseholdTables.h).
-        {"BookSettings", {{"Id", "INTEGER", true}, {"Name", "TEXT"}, {"Value", "INTEGER"}}},
-        {"CardCycles",
-         {{"SisanNo", "INTEGER", true},
-          {"ClosingDay", "INTEGER"},
-          {"WithdrawalDay", "INTEGER"},
-          {"MonthsAfterClosing", "INTEGER"},
-          {"WithdrawalShift", "INTEGER"},
-          {"PayingSisanNo", "INTEGER"},
-          {"FirstClosingMonth", "INTEGER"}}},
-        {"CardSettlements",
-         {{"Id", "INTEGER", true},
-          {"SisanNo", "INTEGER"},
-          {"ClosingMonth", "INTEGER"},
-          {"ItemId", "INTEGER"},
-          {"Kingaku", "INTEGER"}}},
-        {"Yosan",
-         {{"Id", "INTEGER", true}, {"HimokuNo", "INTEGER"}, {"Tuki", "INTEGER"}, {"Kingaku", "INTEGER"}}},
-    };
+    static const std::vector<TableLayout> tables = [] {
+        std::vector<TableLayout> all{
+            // The history of undoable steps (History.h).
+            {"History",
+             {{"Id", "INTEGER", true},
+              {"At", "INTEGER"},
+              {"Kind", "INTEGER"},
+              {"Target", "INTEGER"},
+              {"Label", "TEXT"},
+              {"Sisans", "TEXT"},
+              {"Changes", "INTEGER"},
+              {"Deletes", "INTEGER"},
+              {"Changeset", "BLOB"}}},
+        };
+        // The statement import's (ImportTables.h).
+        const std::vector<TableLayout>& imports = importBookTables();
+        all.insert(all.end(), imports.begin(), imports.end());
+        // The household calendar's (HouseholdTables.h).
+        const std::vector<TableLayout>& household = householdBookTables();
+        all.insert(all.end(), household.begin(), household.end());
+        return all;
+    }();
     return tables;
 }

@@ -16,6 +16,7 @@
 #include "store/Himoku.h"
 #include "store/History.h"
 #include "store/IdIndexMap.h"
+#include "store/ImportRecords.h"
 #include "store/Items.h"
 #include "store/MonthEndHistory.h"
 #include "store/Sisan.h"
@@ -236,6 +237,31 @@ public:
     // Deletes a category with all its sub-items and the entries filed under
     // the listed ids; re-reads as deleteUtiwakeHimoku.
     bool deleteHimokuHimoku(int64_t himokuid, const std::vector<int64_t>& utiwakeids);
+
+    // ---- statement import (ImportRecords.h, ImportTables.h) ------------------
+    // rows := the asset's entries dated from..to (yyyy-MM-dd, both included),
+    // each with the origin it was imported with. False after a message.
+    bool readImportWindow(int64_t sisanId, const std::string& from, const std::string& to,
+                          std::vector<ImportBookRow>& rows);
+    // The learned categories, the assets remembered per layout and account,
+    // the user's mapped layouts (by name), and the newest import of a file
+    // with this SHA-256 (id 0 when none). Each replaces its output; false
+    // after a message.
+    bool readImportAssignments(std::vector<ImportAssignment>& assignments);
+    bool readImportAccounts(std::vector<ImportAccountRow>& accounts);
+    bool readImportProfiles(std::vector<ImportProfileRow>& profiles);
+    bool findImportRecord(const std::string& fileHash, ImportRecordRow& record);
+    // Keeps a mapped layout under its name, replacing one of the same name;
+    // a recorded step.
+    bool saveImportProfile(const std::string& namae, const std::string& mapping);
+    // Writes a statement's chosen rows into batch.record.sisanId as one
+    // recorded step, all or nothing: the entries (a transfer as both its
+    // rows), their origins, the import record, the learned categories and
+    // the asset remembered for the layout and account. The in-memory
+    // balances of the assets it touched and GrandTotalSisan follow; itemList
+    // is left as it was, for the caller to read the ledger it shows.
+    // *outcome gets the new rows.
+    bool importStatementEntries(const ImportBatch& batch, ImportOutcome* outcome);
 
     // ---- history: undo, redo, revert -----------------------------------------
     // Each undoes or redoes one recorded step as a recorded operation of its

@@ -4,20 +4,13 @@
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "store/ItemsArena.h"
+#include "store/ItemsSql.h"
 #include "store/Money.h"
 #include "store/RecordedStep.h"
 #include "store/StepLabels.h"
 
 namespace {
 
-const char* const kInsertSyukkin =
-    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Syukkin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
-const char* const kInsertNyuukin =
-    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdouId,Nyuukin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
-const char* const kInsertIdouMoto =
-    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Syukkin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
-const char* const kInsertIdouSaki =
-    "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,IdousisanNo,IdouId,Nyuukin,Bikou) VALUES (?,?,?,?,?,?,?,?,?,?)";
 const char* const kInsertStepFailure = "failure inserting item Syukkin,Nyuukin: ";
 const std::string kUnknownNamae = "????";  // the name of a row that names no category or asset
 

@@ -24,3 +24,26 @@ bool createHouseholdTables(sqlite3* db)
         if (!runControlStatement(db, sql)) return false;
     return true;
 }
+
+const std::vector<TableLayout>& householdBookTables()
+{
+    static const std::vector<TableLayout> tables{
+        {"BookSettings", {{"Id", "INTEGER", true}, {"Name", "TEXT"}, {"Value", "INTEGER"}}},
+        {"CardCycles",
+         {{"SisanNo", "INTEGER", true},
+          {"ClosingDay", "INTEGER"},
+          {"WithdrawalDay", "INTEGER"},
+          {"MonthsAfterClosing", "INTEGER"},
+          {"WithdrawalShift", "INTEGER"},
+          {"PayingSisanNo", "INTEGER"},
+          {"FirstClosingMonth", "INTEGER"}}},
+        {"CardSettlements",
+         {{"Id", "INTEGER", true},
+          {"SisanNo", "INTEGER"},
+          {"ClosingMonth", "INTEGER"},
+          {"ItemId", "INTEGER"},
+          {"Kingaku", "INTEGER"}}},
+        {"Yosan", {{"Id", "INTEGER", true}, {"HimokuNo", "INTEGER"}, {"Tuki", "INTEGER"}, {"Kingaku", "INTEGER"}}},
+    };
+    return tables;
+}

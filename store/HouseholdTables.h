@@ -1,5 +1,9 @@
 #pragma once
 
+#include <vector>
+
+#include "store/BookTables.h"
+
 struct sqlite3;
 
 // The tables of the household calendar, beside Sisan, Items and Himoku:
@@ -19,6 +23,9 @@ struct sqlite3;
 
 // Creates the tables that are missing; true when all exist afterwards.
 bool createHouseholdTables(sqlite3* db);
+
+// The four tables as the book check compares them (BookTables.h).
+const std::vector<TableLayout>& householdBookTables();
 
 // The names of the four tables, for checking that a book has them.
 inline constexpr const char* kHouseholdTableNames[] = {"BookSettings", "CardCycles", "CardSettlements", "Yosan"};

@@ -10,9 +10,9 @@ std::string resourceDirectory();
 // missing or empty it creates the directory and a new database (schema, indexes,
 // owner-only permissions, a starter book) in one step: a half-made file is
 // never left behind. An existing database only gains missing indexes and
-// the history table and the household tables (HouseholdTables.h) it lacks;
-// no row changes. Run it only on a book that checkBook (BookCheck.h) found
-// Ready or Missing. Returns false with a reason in *error on failure.
+// the history, import and household tables it lacks; no row changes. Run
+// it only on a book that checkBook (BookCheck.h) found Ready or Missing.
+// Returns false with a reason in *error on failure.
 bool provisionResourceDirectory(const std::string& dir, std::string* error);
 
 // The same for the book at path, creating its folder when missing.
@@ -23,6 +23,6 @@ bool provisionBook(const std::string& path, std::string* error);
 bool createStarterBook(const std::string& path, std::string* error);
 
 // Creates a database at path with the three tables, the indexes, the
-// history table and the household tables and no rows (the benchmark and the
+// history, import and household tables and no rows (the benchmark and the
 // tests start from it).
 bool createEmptyDatabase(const std::string& path, std::string* error);

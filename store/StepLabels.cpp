@@ -42,6 +42,16 @@ std::string cardStepLabel(const std::string& namae, int64_t kingaku, const char*
     return "カード『" + namae + "』の引落 " + formatWithGrouping(kingaku) + "円の" + verb;
 }
 
+std::string importStepLabel(const std::string& fileName, size_t count)
+{
+    return "明細『" + fileName + "』" + std::to_string(count) + "件の取り込み";
+}
+
+std::string importProfileStepLabel(const std::string& namae)
+{
+    return "明細の形式『" + namae + "』の保存";
+}
+
 std::string undoStepLabel(const std::string& label)
 {
     return "「" + label + "」を元に戻す";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -21,6 +22,10 @@ std::string utiwakeStepLabel(const std::string& namae, const char* verb);
 std::string settingsStepLabel();
 std::string yosanStepLabel(const std::string& namae);
 std::string cardStepLabel(const std::string& namae, int64_t kingaku, const char* verb);
+// A statement's import: "明細『rakuten.csv』12件の取り込み"; a layout the
+// user mapped: "明細の形式『…』の保存".
+std::string importStepLabel(const std::string& fileName, size_t count);
+std::string importProfileStepLabel(const std::string& namae);
 
 // The steps that act on another step labelled `label`.
 std::string undoStepLabel(const std::string& label);    // 「…」を元に戻す

@@ -34,3 +34,22 @@ TEST(CommandLineTest, ReadsItsOwnOptionsAndLeavesQtsAlone)
         EXPECT_FALSE(line.error.empty());
     }
 }
+
+TEST(CommandLineTest, ImportTakesItsFilesAndAssetAndRefusesHalfAnImport)
+{
+    using A = CommandLine::Action;
+    const CommandLine line = parse({"--book", "b.sql", "--import", "a.csv", "b b.csv", "--asset", "楽天カード", "--dry-run"});
+    EXPECT_EQ(line.action, A::Import);
+    EXPECT_EQ(line.importFiles, (std::vector<std::string>{"a.csv", "b b.csv"}));
+    EXPECT_EQ(line.asset, "楽天カード");
+    EXPECT_TRUE(line.dryRun);
+    EXPECT_FALSE(line.acceptCandidates);
+    EXPECT_TRUE(parse({"--asset", "x", "--accept-candidates", "--import", "a.csv"}).acceptCandidates);
+
+    for (const auto& bad : std::vector<std::vector<const char*>>{
+             {"--import"}, {"--import", "a.csv"}, {"--import", "--asset", "x"}, {"--asset", "x"}, {"--dry-run"}, {"--import", "a.csv", "--asset"}}) {
+        const CommandLine refused = parse(bad);
+        EXPECT_EQ(refused.action, A::Error) << bad.size();
+        EXPECT_FALSE(refused.error.empty());
+    }
+}

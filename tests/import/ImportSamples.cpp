@@ -14,7 +14,7 @@ StatementReading readSample(const std::string& name, const ReadOptions& options)
     return readStatementFile(samplePath(name), options);
 }
 
-std::vector<std::string> entryLines(const Statement& s)
+std::vector<std::string> entryLines(const StatementFile& s)
 {
     std::vector<std::string> out;
     for (const StatementRow& r : s.rows)
@@ -23,7 +23,7 @@ std::vector<std::string> entryLines(const Statement& s)
     return out;
 }
 
-std::vector<std::string> refusedLines(const Statement& s)
+std::vector<std::string> refusedLines(const StatementFile& s)
 {
     std::vector<std::string> out;
     for (const StatementRow& r : s.rows)
@@ -31,7 +31,7 @@ std::vector<std::string> refusedLines(const Statement& s)
     return out;
 }
 
-InOut totals(const Statement& s)
+InOut totals(const StatementFile& s)
 {
     InOut t;
     for (const StatementRow& r : s.rows) {

@@ -12,15 +12,15 @@ std::string samplePath(const std::string& name);
 StatementReading readSample(const std::string& name, const ReadOptions& options = {});
 
 // The entry rows as "date amount text" lines ("2026-07-02 -1200 デビット１ …").
-std::vector<std::string> entryLines(const Statement& statement);
+std::vector<std::string> entryLines(const StatementFile& statement);
 // The refused rows as "line: reason".
-std::vector<std::string> refusedLines(const Statement& statement);
+std::vector<std::string> refusedLines(const StatementFile& statement);
 
 struct InOut {
     int64_t in = 0;
     int64_t out = 0;
 };
-InOut totals(const Statement& statement);
+InOut totals(const StatementFile& statement);
 
 // A temporary file with the given bytes, removed with the object.
 class TempFile {

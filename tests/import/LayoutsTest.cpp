@@ -11,7 +11,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-const Statement& read(const std::string& name, StatementReading& holder)
+const StatementFile& read(const std::string& name, StatementReading& holder)
 {
     holder = readSample(name);
     EXPECT_TRUE(holder.ok()) << name << ": " << (holder.refusal ? holder.refusal->message : "");
@@ -19,7 +19,7 @@ const Statement& read(const std::string& name, StatementReading& holder)
 }
 
 // "line hint partner" for every row with a transfer hint.
-Lines transferLines(const Statement& s)
+Lines transferLines(const StatementFile& s)
 {
     Lines out;
     for (const StatementRow& r : s.rows)
@@ -39,7 +39,7 @@ std::string hint(TransferHint h)
 TEST(Layouts, BanksReadTheirOwnColumnsSignsAndDateShapes)
 {
     StatementReading h;
-    const Statement& mufg = read("mufg_eco.csv", h);
+    const StatementFile& mufg = read("mufg_eco.csv", h);
     EXPECT_EQ(mufg.layout.profile.id, "mufg");
     EXPECT_EQ(mufg.encoding, TextEncoding::Cp932);
     EXPECT_EQ(mufg.displayName, "三菱UFJ銀行 入出金明細 (2026年7月)");
@@ -53,7 +53,7 @@ TEST(Layouts, BanksReadTheirOwnColumnsSignsAndDateShapes)
                                           "6 " + hint(TransferHint::CashWithdrawal) + " 現金"}));
 
     // Header on line 1, no final line end, half-width katakana, V-prefixed debit rows.
-    const Statement& smbc = read("smbc.csv", h);
+    const StatementFile& smbc = read("smbc.csv", h);
     EXPECT_EQ(smbc.layout.profile.id, "smbc");
     EXPECT_EQ(entryLines(smbc), (Lines{"2026-04-02 -1480 V907163　券売機（東日本高速道路）／ｉＤ",
                                        "2026-04-24 359562 給料振込　ｹ-ﾃﾞｲ-ﾃﾞｲ-ｱｲｱｼﾞﾔｲﾙｶｲﾊﾂｾﾝﾀ-ｶﾌﾞｼｷｶﾞｲｼﾔ",
@@ -61,7 +61,7 @@ TEST(Layouts, BanksReadTheirOwnColumnsSignsAndDateShapes)
     EXPECT_EQ(smbc.text(smbc.rows[0].matchKey), "券売機(東日本高速道路)");
 
     // The UTF-8 download with a BOM and a preamble of its own.
-    const Statement& bom = read("smbc_meta_bom.csv", h);
+    const StatementFile& bom = read("smbc_meta_bom.csv", h);
     EXPECT_EQ(bom.encoding, TextEncoding::Utf8Bom);
     EXPECT_EQ(bom.layout.headerLine, 4u);
     EXPECT_EQ(bom.layout.stated.accountNumber, "普通 7654321");
@@ -69,13 +69,13 @@ TEST(Layouts, BanksReadTheirOwnColumnsSignsAndDateShapes)
     EXPECT_EQ(transferLines(bom), (Lines{"6 " + hint(TransferHint::EmoneyCharge) + " PayPay"}));
 
     // The old layout's Japanese-era dates across the change from 平成 to 令和.
-    const Statement& wareki = read("smbc_wareki.csv", h);
+    const StatementFile& wareki = read("smbc_wareki.csv", h);
     EXPECT_EQ(entryLines(wareki), (Lines{"2019-04-29 -1234 PE ﾛ-ｿﾝﾁｹﾂﾄ", "2019-04-30 -500 ATM",
                                          "2019-05-01 2000 ﾌﾘｺﾐ ﾀﾅｶ", "2019-05-07 -300 ｺﾝﾋﾞﾆ"}));
     EXPECT_EQ(refusedLines(wareki), (Lines{"6: 「R01.04.30」は元号の始まる前の日付です"}));
 
     // Eleven lines of preamble and a blank line, then the header on line 13; a note line at the end.
-    const Statement& mizuho = read("mizuho.csv", h);
+    const StatementFile& mizuho = read("mizuho.csv", h);
     EXPECT_EQ(mizuho.layout.headerLine, 13u);
     EXPECT_EQ(mizuho.layout.stated.accountNumber, "普通 1234567");
     EXPECT_EQ(entryLines(mizuho), (Lines{"2026-09-01 -1000 ＡＴＭ", "2026-09-05 200000 給与　カ）サンプル",
@@ -84,7 +84,7 @@ TEST(Layouts, BanksReadTheirOwnColumnsSignsAndDateShapes)
     EXPECT_EQ(mizuho.text(mizuho.rows[3].naturalId), "4");
 
     // Deposits before withdrawals, an id per row, the account number in the preamble.
-    const Statement& yucho = read("yucho.csv", h);
+    const StatementFile& yucho = read("yucho.csv", h);
     EXPECT_EQ(yucho.layout.headerLine, 7u);
     EXPECT_EQ(yucho.layout.stated.accountNumber, "10340-08521821");
     EXPECT_EQ(entryLines(yucho), (Lines{"2026-09-01 -2000 カード", "2026-09-10 50000 振込 ﾀﾅｶ ﾀﾛｳ",
@@ -92,13 +92,13 @@ TEST(Layouts, BanksReadTheirOwnColumnsSignsAndDateShapes)
     EXPECT_EQ(yucho.text(yucho.rows[0].naturalId), "4512");
 
     // One signed column.
-    const Statement& rakuten = read("rakuten_bank.csv", h);
+    const StatementFile& rakuten = read("rakuten_bank.csv", h);
     EXPECT_EQ(entryLines(rakuten), (Lines{"2026-09-01 -1100 テスト電力", "2026-09-25 250000 給与　カ）サンプル",
                                           "2026-09-27 -35710 ﾗｸﾃﾝｶ-ﾄﾞｻ-ﾋﾞｽ"}));
     EXPECT_EQ(transferLines(rakuten), (Lines{"4 " + hint(TransferHint::CardSettlement) + " 楽天カード"}));
 
     // Newest first, empty cells unquoted, "-" in the memo, a debit row without a merchant.
-    const Statement& sbi = read("sbi.csv", h);
+    const StatementFile& sbi = read("sbi.csv", h);
     EXPECT_EQ(entryLines(sbi), (Lines{"2026-01-20 -4980 デビット　123456", "2026-01-09 15700000 振込＊タカハシ　ユウキ",
                                       "2026-01-05 -10000 ＡＴＭ"}));
     EXPECT_EQ(sbi.text(sbi.rows[0].note), "");
@@ -110,7 +110,7 @@ TEST(Layouts, CardsEnterPurchasesAtTheirFullAmountAndRefundsAsIncome)
 {
     StatementReading h;
     // UTF-8 without BOM; the month sits in a heading; installment and revolving rows.
-    const Statement& rakuten = read("rakuten_card_202610.csv", h);
+    const StatementFile& rakuten = read("rakuten_card_202610.csv", h);
     EXPECT_EQ(rakuten.encoding, TextEncoding::Utf8);
     EXPECT_EQ(rakuten.displayName, "楽天カード ご利用明細 (2026年10月)");
     EXPECT_EQ(entryLines(rakuten),
@@ -125,7 +125,7 @@ TEST(Layouts, CardsEnterPurchasesAtTheirFullAmountAndRefundsAsIncome)
     // Vpass: no header, card sections, an unquoted comma in a merchant, an
     // undated discount (refused, shown), trailer totals; the statement's own
     // total differs from the rows by that discount.
-    const Statement& vpass = read("vpass.csv", h);
+    const StatementFile& vpass = read("vpass.csv", h);
     EXPECT_EQ(vpass.layout.profile.id, "smbc-card");
     EXPECT_EQ(entryLines(vpass), (Lines{"2026-04-13 -390 ＥＴＣ首都高", "2026-04-30 -1394 GITHUB, INC. (HTTPSGITHUB.C)",
                                         "2026-04-20 -48530 ヨドバシカメラ　通信販売", "2026-04-27 -340 ファミリーマート／ｉＤ"}));
@@ -135,13 +135,13 @@ TEST(Layouts, CardsEnterPurchasesAtTheirFullAmountAndRefundsAsIncome)
     EXPECT_EQ(vpass.text(vpass.rows[2].note), "10.00　USD　139.488　05 01");
     EXPECT_EQ(checkBilledTotal(vpass).message(), "明細の請求額 25,289円 と、行の合計 26,389円 が 1,100円 違います。");
 
-    const Statement& unbilled = read("vpass_unbilled.csv", h);
+    const StatementFile& unbilled = read("vpass_unbilled.csv", h);
     EXPECT_EQ(unbilled.layout.profile.id, "smbc-card-unbilled");
     EXPECT_EQ(entryLines(unbilled), (Lines{"2026-05-04 -3844 ＡＭＡＺＯＮ．ＣＯ．ＪＰ", "2026-05-06 -1500 GITHUB, INC."}));
 
     // JCB: a summary block with the payment date and total, a marker line, the
     // header on line 6, dates with a leading blank, a cash advance.
-    const Statement& jcb = read("jcb.csv", h);
+    const StatementFile& jcb = read("jcb.csv", h);
     EXPECT_EQ(jcb.layout.headerLine, 6u);
     EXPECT_EQ(jcb.displayName, "JCBカード ご利用明細 (2026年7月)");
     EXPECT_EQ(entryLines(jcb), (Lines{"2026-05-21 -920 飲食店A", "2026-05-25 -30000 家電店B", "2026-06-01 -5000 ＡＴＭ",
@@ -153,7 +153,7 @@ TEST(Layouts, CardsEnterPurchasesAtTheirFullAmountAndRefundsAsIncome)
 
     // エポス: a title line, kanji dates, an installment at its full amount, a
     // cancellation, part totals that add up to the rows.
-    const Statement& epos = read("epos.csv", h);
+    const StatementFile& epos = read("epos.csv", h);
     EXPECT_EQ(epos.layout.stated.period, "2026年1月から2026年8月");
     EXPECT_EQ(entryLines(epos), (Lines{"2026-01-10 -3000 モバイルスイカ", "2026-06-11 -3256 ベンキヨウカフエ",
                                        "2026-05-07 8570 スマ－トイ－エツクス", "2026-05-20 -10000 エポスATM"}));
@@ -165,7 +165,7 @@ TEST(Layouts, CardsEnterPurchasesAtTheirFullAmountAndRefundsAsIncome)
 
     // セゾン: the payment date and a zero-padded billed total above a blank
     // line and the header; a cardholder line and subtotal rows in the table.
-    const Statement& saison = read("saison.csv", h);
+    const StatementFile& saison = read("saison.csv", h);
     EXPECT_EQ(saison.layout.headerLine, 5u);
     EXPECT_EQ(saison.displayName, "セゾンカード ご利用明細 (2026年5月)");
     EXPECT_EQ(saison.layout.stated.cardName, "セゾンプラチナビジネス・アメリカンエキスプレスカード");
@@ -179,7 +179,7 @@ TEST(Layouts, WalletAndHouseholdBookExportsKeepIdsCategoriesAndTransfers)
 {
     StatementReading h;
     // PayPay: UTF-8 with BOM, newest first, times, "-" for empty, ids, card-funded payments.
-    const Statement& paypay = read("paypay.csv", h);
+    const StatementFile& paypay = read("paypay.csv", h);
     EXPECT_EQ(paypay.encoding, TextEncoding::Utf8Bom);
     EXPECT_EQ(entryLines(paypay), (Lines{"2025-02-11 -920 モスのネット注文", "2025-02-10 -330 キャンドゥ　横浜橋商店街",
                                          "2025-02-09 5000 チャージ", "2025-02-08 120 giftee", "2025-02-07 -3600 近鉄百貨店"}));
@@ -192,7 +192,7 @@ TEST(Layouts, WalletAndHouseholdBookExportsKeepIdsCategoriesAndTransfers)
     EXPECT_EQ(paypay.text(paypay.rows[3].naturalId), "856574761326657536-a0196d18");
 
     // マネーフォワード ME: signed amounts, two-level categories, the transfer flag, ids.
-    const Statement& mf = read("moneyforward.csv", h);
+    const StatementFile& mf = read("moneyforward.csv", h);
     EXPECT_EQ(entryLines(mf), (Lines{"2026-09-30 -580 ローソン", "2026-09-25 250000 給与 カ)サンプル",
                                      "2026-09-27 -35710 ミツイスミトモカード", "2026-09-20 3990 ユニクロ"}));
     EXPECT_EQ(mf.text(mf.rows[0].category), "食費/食料品");
@@ -202,7 +202,7 @@ TEST(Layouts, WalletAndHouseholdBookExportsKeepIdsCategoriesAndTransfers)
 
     // Zaim: split columns with 0 for unused ones, identical rows kept apart, a
     // transfer in its own column, a balance adjustment skipped.
-    const Statement& zaim = read("zaim.csv", h);
+    const StatementFile& zaim = read("zaim.csv", h);
     EXPECT_EQ(entryLines(zaim), (Lines{"2026-05-20 -200 多摩駅前パーキング", "2026-05-21 -138 スーパー ヨーグルト",
                                        "2026-05-21 -138 スーパー ヨーグルト", "2026-05-25 250000 給与/給与",
                                        "2026-05-26 -30000 transfer"}));
@@ -216,7 +216,7 @@ TEST(Layouts, WalletAndHouseholdBookExportsKeepIdsCategoriesAndTransfers)
 TEST(Layouts, RowsWithImpossibleDatesOrAmountsAreRefusedWithTheirReasonAndTheRestIsRead)
 {
     StatementReading h;
-    const Statement& s = read("bad_rows.csv", h);
+    const StatementFile& s = read("bad_rows.csv", h);
     EXPECT_EQ(entryLines(s), (Lines{"2026-09-01 -580 ローソン", "2026-09-05 -1200 セブンイレブン"}));
     EXPECT_EQ(refusedLines(s), (Lines{"3: 「2026/02/30」は存在しない日付です", "4: 「1,2x0」は金額として読めません",
                                       "5: 「12.50」は円未満の端数がある金額です", "6: 「9/4」は日付として読めません"}));

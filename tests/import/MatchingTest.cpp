@@ -13,7 +13,7 @@ namespace {
 constexpr int64_t kAsset = 1;
 
 // The entry rows of a statement as the book would hold them after importing.
-std::vector<BookEntry> imported(const Statement& s, int64_t firstId = 100)
+std::vector<BookEntry> imported(const StatementFile& s, int64_t firstId = 100)
 {
     std::vector<BookEntry> book;
     for (const StatementRow& r : s.rows) {
@@ -30,7 +30,7 @@ BookEntry typed(int64_t id, int64_t sisan, ImportDate date, int64_t kingaku, std
 }
 
 // "line status entry partner" for every row.
-std::vector<std::string> statuses(const Statement& s, const std::vector<RowMatch>& matches)
+std::vector<std::string> statuses(const StatementFile& s, const std::vector<RowMatch>& matches)
 {
     std::vector<std::string> out;
     for (size_t i = 0; i < matches.size(); ++i) {

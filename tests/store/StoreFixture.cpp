@@ -57,7 +57,7 @@ std::string StoreFixture::dump(const std::string& table)
 {
     sqlite3_stmt* s = nullptr;
     std::string out = table + ":\n";
-    EXPECT_EQ(sqlite3_prepare_v2(side, ("SELECT * FROM " + table + " ORDER BY Id").c_str(), -1, &s, nullptr),
+    EXPECT_EQ(sqlite3_prepare_v2(side, ("SELECT * FROM " + table + " ORDER BY rowid").c_str(), -1, &s, nullptr),
               SQLITE_OK);
     int rc;
     for (rc = sqlite3_step(s); rc == SQLITE_ROW; rc = sqlite3_step(s)) {

@@ -38,7 +38,7 @@ protected:
     DataModel& open(int busyTimeoutMs = DataModel::kBusyTimeoutMs);  // a new store on the book
     void exec(const std::string& sql);
     int64_t scalar(const std::string& sql);  // first column of the first row
-    // Every row of a table as text, in Id order: to compare before and after.
+    // Every row of a table as text, in row id order: to compare before and after.
     std::string dump(const std::string& table);
     std::string dumpAll() { return dump("Sisan") + dump("Items") + dump("Himoku"); }
     int64_t addSisan(const std::string& namae, long long syokiKingaku, long long zankin);
