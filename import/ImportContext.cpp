@@ -56,7 +56,8 @@ bool loadImportContext(DataModel& dm, const StatementFile& statement, int64_t si
     for (const auto& h : dm.himokuList)
         if (h->Ucount == 0) context.himokus.push_back({h->Id, h->SyubetuNo, h->Namae});
     if (!dm.readImportAssignments(context.assignments) || !dm.readImportAccounts(context.accounts) ||
-        !dm.findImportRecord(statement.sha256, context.sameFile))
+        !dm.findImportRecord(statement.sha256, context.sameFile) ||
+        !readCardStatementPeriod(dm, statement, sisanId, context.cardPeriod))
         return false;
     if (const ImportDateRange same = sameAssetRange(statement); !same.from.empty()) {
         if (!dm.readImportWindow(sisanId, same.from, same.to, context.sameAsset)) return false;

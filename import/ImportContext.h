@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "import/CardStatementCheck.h"
 #include "import/Matching.h"
 #include "store/ImportRecords.h"
 
@@ -36,6 +38,8 @@ struct ImportContext {
     std::vector<ImportBookRow> otherAssets;
     // The newest import of a file with the same bytes (id 0 when none).
     ImportRecordRow sameFile;
+    // For a card asset: the period the statement bills, as the book has it.
+    std::optional<CardStatementPeriod> cardPeriod;
 
     const ContextSisan* sisan(int64_t id) const;
     const ContextHimoku* himoku(int64_t id) const;
