@@ -15,6 +15,8 @@
 #include "app/QuitOnSignal.h"
 #include "app/SingleInstance.h"
 #include "app/ViewController.h"
+#include "find/IndexAtStart.h"
+#include "find/TextFolding.h"
 #include "store/BookCheck.h"
 #include "store/BookLock.h"
 #include "store/DataModel.h"
@@ -102,6 +104,7 @@ int runZenvora(const std::string& bookPath, const WindowShown& windowShown)
 {
     QApplication::setQuitOnLastWindowClosed(AppDelegate::applicationShouldTerminateAfterLastWindowClosed());
     installStoreMessageSink();
+    installTextFold();
 
     // The book is the file the path leads to, whatever links lead there.
     const BookPath path = resolveBookPath(bookPath.empty() ? DataModel::defaultBookPath() : bookPath);
@@ -123,5 +126,6 @@ int runZenvora(const std::string& bookPath, const WindowShown& windowShown)
         sayUnreadableValue(book, *dm->badValue());
         return 1;
     }
+    prepareSearchIndex(*dm);
     return runWindow(*dm, instance, book, windowShown);
 }

@@ -52,6 +52,8 @@ void ViewController::viewDidLoad()
     ui->cmbItemDataHimomku->setModel(comboModel);
     layOutColumns();
     wireActions();
+    wireFind();
+    wireNoteSuggestions();
 
     showGrandTotal();
     showToday();
@@ -244,6 +246,7 @@ void ViewController::sisanKoumokuChanged(bool changed)
     refreshComboItems();
     // A card set up or changed in the asset editor may have a withdrawal due.
     QTimer::singleShot(0, this, &ViewController::offerCardSettlements);
+    findFollowsBook();
 }
 
 void ViewController::refreshComboItems()

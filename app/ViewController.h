@@ -13,10 +13,14 @@
 #include <vector>
 
 #include "household/Date.h"
-
+#include "store/SearchQuery.h"
 #include "ui/ModalEditor.h"
 
 class DataModel;
+class FindBar;
+class QCompleter;
+class QStandardItemModel;
+class SearchRunner;
 class ListTableModel;
 struct StepFocus;
 class QAbstractButton;
@@ -37,7 +41,8 @@ class ViewController;
 //
 // The frame (start-up, editors, message boxes) is in ViewController.cpp, the
 // two lists in ViewControllerLists.cpp, the entry panel in
-// ViewControllerEntry.cpp.
+// ViewControllerEntry.cpp, the find bar in ViewControllerFind.cpp and the
+// note suggestions and proposals of the panel in ViewControllerNotes.cpp.
 class ViewController final : public QMainWindow, public EditorDelegate {
     Q_OBJECT
 
@@ -131,6 +136,13 @@ public:
     // today (後で); each one recorded is one step.
     void offerCardSettlements();
 
+    // ---- find ------------------------------------------------------------------
+    // Opens the find bar above the entry list (Ctrl+F), or focuses it.
+    void mnuFind();
+    // Selects the asset and, in its list, the entry, scrolled into view and
+    // focused so that 編集更新 works on it. Refused while an edit is open.
+    void showFoundItem(int64_t sisanId, int64_t itemId);
+
 protected:
     // Enter on a focused button presses that button.
     void keyPressEvent(QKeyEvent* event) override;
@@ -158,6 +170,12 @@ private:
     std::optional<EditedEntry> edited;
     bool selectingQuietly = false;   // a selection made by the code, not the user
     QDate shownToday;                // the day lblToday shows
+    FindBar* findBar = nullptr;
+    // Past notes offered while the note is typed, found off the main thread.
+    SearchRunner* noteRunner = nullptr;
+    QCompleter* noteCompleter = nullptr;
+    QStandardItemModel* noteModel = nullptr;
+    std::vector<NoteSuggestion> noteSuggestions;
 
     void viewDidLoad();
     void wireActions();
@@ -216,4 +234,19 @@ private:
     void showCardInfo();
     void computeComingWithdrawals();
     QString afterWithdrawalsText(int row) const;
+
+    // Find bar.
+    void wireFind();
+    // After a change of the book, the find bar shows what is there now.
+    void findFollowsBook();
+
+    // Note suggestions and proposals.
+    void wireNoteSuggestions();
+    void noteTyped(const QString& text);
+    void showNoteSuggestions(const std::vector<NoteSuggestion>& notes);
+    // Fills kind, category or partner and amount from the chosen past note.
+    void noteChosen(int suggestion);
+    // For a new entry of this kind, the category (or partner) last used in
+    // the shown asset is chosen.
+    void proposeLastUsed(int64_t kind);
 };

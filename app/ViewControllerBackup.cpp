@@ -6,6 +6,7 @@
 
 #include "app/BookGate.h"
 #include "app/ViewController.h"
+#include "find/IndexAtStart.h"
 #include "history/RestoreViewController.h"
 #include "store/BackupRestore.h"
 #include "store/DataModel.h"
@@ -61,6 +62,7 @@ void ViewController::mnuRestoreBackup()
 void ViewController::showReopenedBook()
 {
     DM.reopenBook();
+    prepareSearchIndex(DM);  // a backup of an older version has none
     sisanModel->reload();
     if (DM.sisanList.empty()) {
         ui->lblSisanmei->clear();
@@ -71,4 +73,5 @@ void ViewController::showReopenedBook()
     }
     showGrandTotal();
     refreshComboItems();
+    findFollowsBook();
 }

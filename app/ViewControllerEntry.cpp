@@ -1,5 +1,8 @@
 // ViewController: the entry panel (new, edit and delete of entries).
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QCompleter>
+#include <QStandardItemModel>
 #include <QDate>
 #include <QStringListModel>
 #include <QTableView>
@@ -35,7 +38,9 @@ DateFields dateFieldsOf(const QDate& date)
 
 void ViewController::rdbtnSelected(QAbstractButton* sender)
 {
-    setComboItemData(sender->property("tag").toInt() + 1);
+    const int64_t kind = sender->property("tag").toInt() + 1;
+    setComboItemData(kind);
+    proposeLastUsed(kind);
 }
 
 void ViewController::setComboItemData(int64_t kind)
@@ -106,6 +111,7 @@ void ViewController::newItem()
     openPanel(QStringLiteral("新規追加"), 1);
     ui->rdbSisyutu->setChecked(true);
     setComboItemData(kSyubetuSisyutu);
+    proposeLastUsed(kSyubetuSisyutu);
     ui->rdbSisyutu->setFocus();
 }
 
@@ -201,6 +207,10 @@ void ViewController::closePanel()
         while (owner && owner != ui->itemData) owner = owner->parentWidget();
         if (owner) popup->close();
     }
+    // Suggestions belong to the note being typed: the next entry starts without.
+    noteCompleter->popup()->hide();
+    noteSuggestions.clear();
+    noteModel->clear();
     ui->itemData->hide();
     edited.reset();
     setListsEnabled(true);
@@ -283,4 +293,5 @@ void ViewController::refreshAfterStore()
 {
     tblItemReload();
     reloadSisanList();
+    findFollowsBook();
 }

@@ -82,4 +82,5 @@ void ViewController::showStepResult(const StepFocus& focus)
         ui->tblItem->scrollToBottom();
     }
     refreshComboItems();
+    findFollowsBook();
 }

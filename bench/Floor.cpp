@@ -267,3 +267,20 @@ void Floor::cardPeriods(int64_t sisanId, int64_t fromMonth,
         sqlite3_finalize(s);
     }
 }
+void Floor::readFound(const std::string& sql, const std::vector<std::string>& texts)
+{
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr);
+    for (size_t i = 0; i < texts.size(); ++i)
+        sqlite3_bind_text(s, static_cast<int>(i) + 1, texts[i].c_str(), -1, SQLITE_TRANSIENT);
+    eachRow(db_, s, [&] {
+        for (int c = 0; c < 9; ++c) {
+            if (c == 1 || c == 8) {
+                sink_ += sqlite3_column_bytes(s, c) + (sqlite3_column_text(s, c) ? 1 : 0);
+            } else {
+                sink_ += sqlite3_column_int(s, c);
+            }
+        }
+    });
+    sqlite3_finalize(s);
+}

@@ -33,6 +33,8 @@ public:
     // A card's settled closing months from `fromMonth` (yyyymm) on, then what
     // each of the periods (first and last day) comes to.
     void cardPeriods(int64_t sisanId, int64_t fromMonth, const std::vector<std::pair<std::string, std::string>>& periods);
+    // A search: the statement with its text parameters, every column read.
+    void readFound(const std::string& sql, const std::vector<std::string>& texts);
 
     int64_t checksum() const { return sink_; }
 

@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 
+#include "bench/GeneratedNotes.h"
 #include "store/Provisioning.h"
 #include "store/Transaction.h"
 
@@ -23,7 +24,8 @@ const char* const kCategories[] = {"食費", "日用品", "住居費", "水道�
                                    "給与", "賞与", "副収入", "臨時収入"};
 constexpr int kExpenseCategories = 12;  // the rest are income
 const char* const kSubItems[] = {"その他", "定期", "臨時", "家族", "立替"};
-const char* const kNotes[] = {"", "", "", "スーパー", "コンビニ", "月払い", "まとめ買い", "O'Brien's shop"};
+// Three entries in eight carry no note.
+constexpr uint64_t kNoteDraws = 8, kWithoutNote = 3;
 
 struct Connection {
     sqlite3* db = nullptr;
@@ -72,6 +74,13 @@ int64_t daysFromCivil(int y, int m, int d)
     const int64_t doy = (153 * (m > 2 ? m - 3 : m + 9) + 2) / 5 + d - 1;
     const int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
     return era * 146097 + doe - 719468;
+}
+
+// The category (0-15, in kCategories' order) of a sub-item: writeMasters
+// gives each category and then its five sub-items consecutive Ids from 1.
+int categoryOf(int64_t subItemId)
+{
+    return static_cast<int>((subItemId - 1) / (1 + std::size(kSubItems)));
 }
 
 bool writeMasters(sqlite3* db, std::vector<int64_t>* expenseSubItems, std::vector<int64_t>* incomeSubItems,
@@ -123,13 +132,14 @@ bool generateLedger(const std::string& path, const LedgerShape& shape, Generated
     Statement ins;
     sqlite3_prepare_v2(c.db, "INSERT INTO Items VALUES (?,?,?,?,?,?,?,?,?,?,?,?,?)", -1, &ins.s, nullptr);
     std::mt19937_64 rng(20261123);
+    GeneratedNotes notes(20261125);
     std::discrete_distribution<int> pickSisan(kSisanWeights.begin(), kSisanWeights.end());
     const int64_t firstDay = daysFromCivil(shape.lastYear - shape.years + 1, 1, 1);
     const int64_t dayCount = daysFromCivil(shape.lastYear + 1, 1, 1) - firstDay;
     out->entriesOfLargest = 0;
 
     auto insertRow = [&](int64_t id, int64_t day, int sisan, int kind, int64_t himoku, int partner, int64_t idouId,
-                         int64_t amount, const char* note) {
+                         int64_t amount, const std::string& note) {
         int y, m, d;
         civilFromDays(day, &y, &m, &d);
         char hizuke[16];
@@ -147,7 +157,7 @@ bool generateLedger(const std::string& path, const LedgerShape& shape, Generated
         if (partner) sqlite3_bind_int(ins.s, 9, partner);
         sqlite3_bind_int64(ins.s, 10, idouId);
         sqlite3_bind_int64(ins.s, (kind == 2 || kind == 4) ? 11 : 12, amount);
-        sqlite3_bind_text(ins.s, 13, note, -1, SQLITE_STATIC);
+        sqlite3_bind_text(ins.s, 13, note.c_str(), static_cast<int>(note.size()), SQLITE_STATIC);
         if (sisan == 1) ++out->entriesOfLargest;
         return sqlite3_step(ins.s) == SQLITE_DONE;
     };
@@ -156,23 +166,33 @@ bool generateLedger(const std::string& path, const LedgerShape& shape, Generated
         int64_t day = firstDay + (id - 1) * dayCount / shape.entries;
         if (rng() % 20 == 0) day = std::max(firstDay, day - 1 - static_cast<int64_t>(rng() % 365));
         const int sisan = pickSisan(rng) + 1;  // asset Ids are 1..10 in weight order
-        const char* note = kNotes[rng() % std::size(kNotes)];
+        const bool noted = rng() % kNoteDraws >= kWithoutNote;
         const uint64_t roll = rng() % 1000;
+        // The note follows the category (its row's draws stay as they were).
+        const auto noteOf = [&](int category) {
+            int y, m, d;
+            civilFromDays(day, &y, &m, &d);
+            return noted ? notes.note(category, y, m) : std::string();
+        };
         bool ok;
         if (roll < 25 && id < shape.entries) {
             // A transfer pair takes two consecutive Ids.
             int partner = pickSisan(rng) + 1;
             if (partner == sisan) partner = sisan % 10 + 1;
             const int64_t amount = 1000 * (1 + static_cast<int64_t>(rng() % 100));
+            const std::string note = noteOf(GeneratedNotes::kTransfer);
             ok = insertRow(id, day, sisan, 3, 0, partner, id + 1, amount, note) &&
                  insertRow(id + 1, day, partner, 4, 0, sisan, id, amount, note);
             ++id;
         } else if (roll < 175) {
-            ok = insertRow(id, day, sisan, 2, incomeSubItems[rng() % incomeSubItems.size()], 0, -1,
-                           10000 + static_cast<int64_t>(rng() % 300000), note);
+            // The amount is drawn before the sub-item, as the ledgers benchmarked before had it.
+            const int64_t amount = 10000 + static_cast<int64_t>(rng() % 300000);
+            const int64_t himoku = incomeSubItems[rng() % incomeSubItems.size()];
+            ok = insertRow(id, day, sisan, 2, himoku, 0, -1, amount, noteOf(categoryOf(himoku)));
         } else {
-            ok = insertRow(id, day, sisan, 1, expenseSubItems[rng() % expenseSubItems.size()], 0, -1,
-                           100 + static_cast<int64_t>(rng() % 30000), note);
+            const int64_t amount = 100 + static_cast<int64_t>(rng() % 30000);
+            const int64_t himoku = expenseSubItems[rng() % expenseSubItems.size()];
+            ok = insertRow(id, day, sisan, 1, himoku, 0, -1, amount, noteOf(categoryOf(himoku)));
         }
         if (!ok) {
             *error = sqlite3_errmsg(c.db);

@@ -26,8 +26,10 @@
 #include "bench/ImportBench.h"
 #include "bench/MainWindowBench.h"
 #include "bench/ReportBench.h"
-#include "store/Changeset.h"
+#include "bench/SearchBench.h"
+#include "find/TextFolding.h"
 #include "store/BookCheck.h"
+#include "store/Changeset.h"
 #include "store/DataModel.h"
 #include "store/History.h"
 #include "store/MessageSink.h"
@@ -167,6 +169,7 @@ int main(int argc, char** argv)
     std::filesystem::create_directories(dir);
     const std::string path = dir + "/Zenvora.sql";
     std::filesystem::remove(path);
+    installTextFold();
     setMessageSink([](const std::string& m, const std::string& i) {
         std::fprintf(stderr, "store message: %s (%s)\n", m.c_str(), i.c_str());
     });
@@ -183,6 +186,7 @@ int main(int argc, char** argv)
                 static_cast<long long>(options.shape.entries), static_cast<long long>(ledger.entriesOfLargest),
                 generateMs, path.c_str());
 
+    benchIndexBuild(path);
     auto dm = std::make_unique<DataModel>(path);
     Floor floor(path);
     const int64_t largest = ledger.largestSisanId;
@@ -214,17 +218,24 @@ int main(int argc, char** argv)
 
     dm->theSisanNo = dm->sisanId2Idx.at(largest);
     const int64_t himoku = expenseSubItems(*dm).front()->Id;
+    benchSearch(*dm, floor, runs);
+
     // Every store write below is a recorded step: its changeset goes into
-    // the history table in the same transaction.
+    // the history table in the same transaction. The floor's writes fire the
+    // search index's triggers too; their queue is applied before each of the
+    // store's turns, so that the store's step folds only its own changes.
+    const auto catchUp = [&](int turn) {
+        if (turn % 2 == 0) dm->refreshSearchIndex();
+    };
     const int64_t beforeInserts = lastHistoryId(path);
     compare("insert_entry_largest", runs,
             [&](int) { dm->itemNyuukinSyukkinInsert("2025-06-15", 2025, 6, 15, largest, 1, himoku, 1200, "bench"); },
-            [&](int) { floor.insertEntry(largest, himoku); });
+            [&](int) { floor.insertEntry(largest, himoku); }, catchUp);
     const double insertBytes = historyBytesPerChange(path, beforeInserts);
     const int64_t beforeTransfers = lastHistoryId(path);
     compare("insert_transfer", runs,
             [&](int) { dm->itemIdouSisanInsert("2025-06-15", 2025, 6, 15, largest, 3, ledger.secondSisanId, 1200, "bench"); },
-            [&](int) { floor.insertTransfer(largest, ledger.secondSisanId); });
+            [&](int) { floor.insertTransfer(largest, ledger.secondSisanId); }, catchUp);
     const double transferBytes = historyBytesPerChange(path, beforeTransfers);
     const int64_t beforeDeletes = lastHistoryId(path);
 
@@ -244,7 +255,9 @@ int main(int argc, char** argv)
                 floor.deleteSubItem(v->Id, v->Hno, category->Ucount, largest);
             },
             [&](int turn) {
-                if (turn % 2 == 0) dm->readFromHimokuTable();  // the floor's deletion is news to the store
+                if (turn % 2 != 0) return;
+                dm->readFromHimokuTable();  // the floor's deletion is news to the store
+                dm->refreshSearchIndex();
             });
     std::printf("bench history bytes_per_entry_change insert=%.1f transfer=%.1f delete_subitem=%.1f\n", insertBytes,
                 transferBytes, historyBytesPerChange(path, beforeDeletes));

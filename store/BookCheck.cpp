@@ -187,12 +187,15 @@ std::string columnList(const std::vector<ColumnLayout>& columns)
     return list;
 }
 
-// A known table must be a table (not a view), with the declared columns in
-// order, of the declared types, the row id where the program expects it.
+// A known table must be of its kind (a table, not a view), with the declared
+// columns in order, of the declared types, the row id where the program
+// expects it.
 std::optional<BookCheck> compareTable(const TableLayout& layout, const FoundTable& found)
 {
     const std::string& t = layout.name;
-    if (found.kind != "table") return verdict(BookVerdict::WrongSchema, t + " is a " + found.kind + ", not a table");
+    if (found.kind != layout.kind)
+        return verdict(BookVerdict::WrongSchema, t + " is a " + found.kind + ", not a " +
+                                                         (layout.kind == "table" ? "table" : layout.kind + " table"));
     bool sameNames = found.columns.size() == layout.columns.size();
     for (size_t i = 0; sameNames && i < found.columns.size(); ++i)
         sameNames = sameName(found.columns[i].name, layout.columns[i].name);

@@ -47,6 +47,13 @@ const std::vector<TableLayout>& optionalBookTables()
               {"Changes", "INTEGER"},
               {"Deletes", "INTEGER"},
               {"Changeset", "BLOB"}}},
+            // The search index of the notes (SearchIndex.h); its FTS5 shadow
+            // tables belong to SQLite and are left to it.
+            {"ItemsFts", {{"Folded", ""}}, "virtual"},
+            {"ItemsFtsNote", {{"Id", "INTEGER", true}, {"Folded", "TEXT"}, {"Uses", "INTEGER"}, {"LastId", "INTEGER"}}},
+            {"ItemsFtsEntry", {{"Id", "INTEGER", true}, {"NoteId", "INTEGER"}}},
+            {"ItemsFtsQueue", {{"Id", "INTEGER", true}}},
+            {"ItemsFtsInfo", {{"Id", "INTEGER", true}, {"Key", "TEXT"}, {"Value", "TEXT"}}},
         };
         // The statement import's (ImportTables.h).
         const std::vector<TableLayout>& imports = importBookTables();

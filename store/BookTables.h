@@ -15,6 +15,7 @@ struct ColumnLayout {
 struct TableLayout {
     std::string name;
     std::vector<ColumnLayout> columns;  // in order
+    std::string kind = "table";         // as PRAGMA table_list says: "table" or "virtual"
 };
 
 // Sisan, Items and Himoku: every book has them, exactly so. The program

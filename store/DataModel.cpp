@@ -6,6 +6,7 @@
 #include "store/MessageSink.h"
 #include "store/Money.h"
 #include "store/Provisioning.h"
+#include "store/SearchIndex.h"
 #include "store/Transaction.h"
 
 DataModel::DataModel(std::string path, int busyTimeoutMs, Corrections corrections)
@@ -14,6 +15,8 @@ DataModel::DataModel(std::string path, int busyTimeoutMs, Corrections correction
       strPath(std::move(path)),
       busyTimeoutMs(busyTimeoutMs)
 {
+    // Whatever the book holds, no step records the search index.
+    declareSearchIndexDerived();
     openDB();
     // The stored balances lag behind the entries when the last run did not
     // end cleanly: every screen shows the recomputed ones from the start.
@@ -24,6 +27,7 @@ DataModel::DataModel(std::string path, int busyTimeoutMs, Corrections correction
         badValueFound = findBadValue(db);
     } else if (corrections == Corrections::Store) {
         storePendingZankin();
+        openSearchIndex();
     }
 }
 
@@ -57,6 +61,7 @@ bool DataModel::reopenBook()
     badValueFound.reset();
     const bool read = readBook();
     if (unreadableValueSeen) badValueFound = findBadValue(db);
+    searchIndexReady = false;  // the book now may be one of an older version
     if (historyListener) historyListener();
     return read;
 }

@@ -19,8 +19,11 @@
 #include "store/ImportRecords.h"
 #include "store/Items.h"
 #include "store/MonthEndHistory.h"
+#include "store/SearchIndex.h"
+#include "store/SearchQuery.h"
 #include "store/Sisan.h"
 #include "store/Statement.h"
+#include "store/Transaction.h"
 #include "store/Yosan.h"
 
 struct sqlite3;
@@ -147,9 +150,11 @@ public:
     // Reads the book again as the start does (assets, categories, every
     // balance, the history's undo and redo lists), after another connection
     // replaced what the file holds (a restored backup). The first asset
-    // becomes the shown one; its entries are not read yet.
+    // becomes the shown one; its entries are not read yet. The search index
+    // is made or refreshed by the caller (openSearchIndex) or at the next
+    // search.
     bool reopenBook();
-    // The file the store works on.
+    // The file the store works on (search connections of other threads open it too).
     const std::string& bookPath() const { return strPath; }
     // Bind to parameter index (1-based) of the current statement; on failure
     // report "failure binding ...: " + SQLite's message and return false.
@@ -366,6 +371,26 @@ public:
     // The total budget and the total spending of each household month of the year.
     bool yosanMonthlyOf(int year, std::array<std::optional<int64_t>, 12>& yosan, std::array<int64_t, 12>& jisseki);
 
+    // ---- search ----------------------------------------------------------------
+    // The search index (SearchIndex.h) is made when the book is opened and
+    // follows the entries in every recorded step, an undo or a redo included,
+    // in the same transaction. False while it could not be made;
+    // searchIndexError then says why.
+    bool searchIndexReady = false;
+    std::string searchIndexError;
+    // Makes the index when it is missing (reporting progress; a large book
+    // takes seconds once) and applies its queue. The constructor does it
+    // with Corrections::Store; with Defer the caller does, once the book's
+    // check has passed.
+    bool openSearchIndex(const IndexProgress& progress = {});
+    // Brings the index up to date with changes made by other programs (or
+    // left queued by a failure), waiting only briefly for a program reading
+    // the book; false when that failed.
+    bool refreshSearchIndex();
+    // The words of a search text, folded, each with the sub-items and assets
+    // whose folded names contain it.
+    std::vector<SearchWord> searchWords(const std::string& text) const;
+
 private:
     sqlite3* db = nullptr;
     Statement stmt;  // the statement in use; finalized before the next
@@ -442,6 +467,10 @@ private:
     bool patchItemList(const ChangesetDigest& digest);
     std::string entryLabel(int64_t id, const char* verb);
     std::string entryLabel(const Items& item, const char* verb);
+
+    // Applies the index queue inside the open step (a savepoint: a failure
+    // there rolls back only the index work, the queue waits for the next).
+    void keepSearchIndexInStep();
 
     // Re-reads the ledger of the asset at theSisanNo; with no such asset the
     // ledger is emptied and the read counts as done.

@@ -69,6 +69,10 @@ bool DataModel::commitStep(RecordedStep& step)
         }
         step.setSummary(sisanNamesOf(digest), digest.changes, digest.deletes);
     }
+    // Every change of Items, the applies of undo and redo included, has
+    // queued its entries by the index's triggers: the index follows them
+    // in the same transaction, unrecorded.
+    keepSearchIndexInStep();
     if (!step.commit()) {
         someMessageWithAlert(step.error());
         return false;

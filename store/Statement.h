@@ -27,6 +27,10 @@ public:
     // True when sql (whole text) was prepared on db.
     bool prepare(sqlite3* db, const std::string& sql);
     Step step();
+    // Steps through every row, calling onRow() at each; true when the rows
+    // ended, false when a step failed.
+    template <typename OnRow>
+    bool eachRow(OnRow onRow);
     // Rewinds the statement to run it again with new bindings.
     void reset();
     void finalize();
@@ -56,3 +60,19 @@ public:
 private:
     sqlite3_stmt* stmt_ = nullptr;
 };
+
+template <typename OnRow>
+bool Statement::eachRow(OnRow onRow)
+{
+    for (;;) {
+        switch (step()) {
+        case Step::Row:
+            onRow();
+            break;
+        case Step::Done:
+            return true;
+        case Step::Error:
+            return false;
+        }
+    }
+}

@@ -130,10 +130,11 @@ TEST_F(EntryEditorTest, EditingUpdatesTheLoadedEntryAndMayChangeItsKind)
     EXPECT_EQ(dumpAll(), before);
 
     // A new entry after the cancelled edit starts as an expense with the
-    // edit's amount; Enter on the focused button opens it.
+    // edit's amount and the expense category last used in this asset; Enter
+    // on the focused button opens it.
     find<QPushButton>("btnNewItem")->setFocus();
     pressKeys(Qt::Key_Return);
-    EXPECT_EQ(panel(), "新規追加|支出||500||enabled");
+    EXPECT_EQ(panel(), "新規追加|支出|食費/外食|500||enabled");
 
     // Income turned into an expense: the amount moves to Syukkin. Enter confirms.
     selectRow("tblItem", 0);
