@@ -68,6 +68,8 @@ void ViewController::viewDidLoad()
     rdbtnSelected(ui->rdbSisyutu);
     ui->itemData->hide();
     showHouseholdState();
+    // Due recurring entries are offered once the window is up.
+    QTimer::singleShot(0, this, &ViewController::lookForDueTeiki);
 }
 
 void ViewController::layOutColumns()
@@ -139,6 +141,7 @@ void ViewController::wireActions()
     setSegueDestination(kSeguePrefsSisan, [this](QWidget* parent) { return new PrefsSisanViewController(DM, parent); });
     setSegueDestination(kSeguePrefsHimoku,
                         [this](QWidget* parent) { return new PrefsHimokuViewController(DM, parent); });
+    connect(ui->mnuShowPrefsTeiki, &QAction::triggered, this, &ViewController::mnuShowPrefsTeiki);
     connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
     connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
     connect(ui->mnuShowYosanReport, &QAction::triggered, this, &ViewController::mnuShowYosanReport);
@@ -168,10 +171,12 @@ void ViewController::todayChanged()
     showToday();
     // A date the user chose stays; the default moves with the day.
     if (ui->itemDataDatePicker->date() == before) ui->itemDataDatePicker->setDate(shownToday);
-    // A new day: another household month perhaps, and withdrawal days.
+    // A new day: another household month perhaps, withdrawal days, and due
+    // recurring entries.
     putOff.clear();
     showHouseholdState();
     offerCardSettlements();
+    lookForDueTeiki();
 }
 
 void ViewController::setSegueDestination(const QString& identifier, SegueDestination destination)

@@ -71,6 +71,14 @@ public:
     // Hands the editor this window as its delegate; "prepare failed" on
     // standard output for an unknown identifier. False when nothing is shown.
     bool prepare(const QString& identifier, ModalEditor* destination);
+    // 設定 → 定期的な支出入: the rules' window; once it changed a rule, a
+    // look for due occurrences (a rule made today may be due today).
+    void mnuShowPrefsTeiki();
+    // Looks for occurrences of recurring entries that came due and shows
+    // them for posting; the lists then show what was posted. Runs at the
+    // start and when the day changes; while another modal window is open it
+    // waits until that one has closed.
+    void lookForDueTeiki();
     void sisanKoumokuChanged(bool changed) override;
     void himokuKoumokuChanged(bool changed) override;
     void someMessageWithAlert(const QString& message, const QString& informative = QStringLiteral("information"));
@@ -170,6 +178,7 @@ private:
     std::optional<EditedEntry> edited;
     bool selectingQuietly = false;   // a selection made by the code, not the user
     QDate shownToday;                // the day lblToday shows
+    bool teikiLookWaiting = false;   // a look for due occurrences waits for a modal window
     FindBar* findBar = nullptr;
     // Past notes offered while the note is typed, found off the main thread.
     SearchRunner* noteRunner = nullptr;
@@ -226,6 +235,7 @@ private:
     std::map<int64_t, int64_t> comingBySisan;       // paying asset -> its cards' withdrawals to come
     std::set<std::pair<int64_t, YearMonth>> putOff;  // card and closing month: 後で, until the day changes
     bool offering = false;                           // a settlement is being offered
+    bool offerWaiting = false;                       // an offer waits for a modal window to close
     bool shownOnce = false;
     // The month's spending against its budget, each card's coming
     // withdrawals in the asset list, and the shown asset's card line.

@@ -1,4 +1,5 @@
 // ViewController: household months, cards and budgets in the main window.
+#include <QApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QProgressBar>
@@ -24,6 +25,8 @@
 namespace {
 
 constexpr int kAfterWithdrawalsColumn = 2;
+// How long an offer waits before looking again whether another window still is open.
+constexpr int kOfferRetryMs = 1000;
 const QString kOverStyle = QStringLiteral("QProgressBar::chunk { background-color: #e15759; }");
 
 QString yen(int64_t amount)
@@ -158,6 +161,18 @@ void ViewController::showCardInfo()
 void ViewController::offerCardSettlements()
 {
     if (offering) return;  // a dialog's own event loop may bring the day's change
+    // An editor, a report or the recurring entries' posting is open: the
+    // offer comes when it has closed, not over it.
+    if (QApplication::activeModalWidget()) {
+        if (!offerWaiting) {
+            offerWaiting = true;
+            QTimer::singleShot(kOfferRetryMs, this, [this] {
+                offerWaiting = false;
+                offerCardSettlements();
+            });
+        }
+        return;
+    }
     const QScopedValueRollback busy(offering, true);
     const Date today = householdToday();
     bool recorded = false;

@@ -2,6 +2,7 @@
 
 #include "store/HouseholdTables.h"
 #include "store/ImportTables.h"
+#include "store/TeikiTables.h"
 
 const std::vector<TableLayout>& requiredBookTables()
 {
@@ -61,6 +62,8 @@ const std::vector<TableLayout>& optionalBookTables()
         // The household calendar's (HouseholdTables.h).
         const std::vector<TableLayout>& household = householdBookTables();
         all.insert(all.end(), household.begin(), household.end());
+        // The recurring entries' (TeikiTables.h).
+        for (const TableLayout& t : teikiBookTables()) all.push_back(t);
         return all;
     }();
     return tables;

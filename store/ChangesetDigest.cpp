@@ -125,6 +125,8 @@ bool digestChangeset(const std::string& changeset, int64_t wholeRowsOf, Changese
             digestSisan(r, key, d);
         else if (r.isTable("Himoku"))
             digestHimoku(r, key, d);
+        else if (r.isTable("Teiki") || r.isTable("TeikiKiroku"))
+            d.teikiChanged = true;
     }
     return r.ok();
 }

@@ -31,6 +31,7 @@ struct ChangesetDigest {
     bool sisanChanged = false;
     bool himokuChanged = false;
     bool namesChanged = false;  // an asset or a category renamed
+    bool teikiChanged = false;  // a recurring entry's rule or its record of occurrences
     int64_t himokuRow = 0;      // a category row added or changed, else a sub-item row
 
     // Entries added or deleted, with what each does to its asset's balance.

@@ -23,6 +23,7 @@
 #include "store/SearchQuery.h"
 #include "store/Sisan.h"
 #include "store/Statement.h"
+#include "store/Teiki.h"
 #include "store/Transaction.h"
 #include "store/Yosan.h"
 
@@ -45,7 +46,7 @@ struct StepFocus {
 // One changed row of a recorded step, as the history window lists it.
 struct HistoryRowView {
     std::string change;  // 追加, 削除, 変更前, 変更後
-    std::string kind;    // 入力, 資産, 費目, 内訳
+    std::string kind;    // 入力, 資産, 費目, 内訳, 定期 (a rule), 定期の記録 (an occurrence dealt with)
     std::string hizuke;
     std::string sisan;   // the asset (of an entry), or the asset itself
     std::string himoku;  // category, or the other asset of a transfer
@@ -297,6 +298,40 @@ public:
     // Called after every recorded operation, to bring menus up to date.
     void setHistoryListener(std::function<void()> listener) { historyListener = std::move(listener); }
 
+    // ---- recurring entries (Teiki.h) --------------------------------------------
+    // The rules in Id order, with their maps, rebuilt by every read. Read on
+    // demand (readFromTeikiTable), not at the start.
+    std::vector<std::shared_ptr<Teiki>> teikiList;
+    IdIndexMap teikiId2Idx;
+    IndexIdMap teikiIdx2Id;
+    // Replaces teikiList with the table's rows; on a failure the list is left empty.
+    bool readFromTeikiTable();
+    // What makes the rule unusable, judged by sisanList and himokuList.
+    TeikiFault teikiFault(const Teiki& teiki) const;
+    // Adds a rule (the book assigns its Id), rewrites the rule with
+    // teiki.Id, or deletes a rule with its record of occurrences, each one
+    // recorded step; then re-reads teikiList. The values are written as given
+    // (the caller sets Kakunin); integers outside 32 bits are refused.
+    bool teikiInsert(const Teiki& teiki);
+    bool teikiUpdate(const Teiki& teiki);
+    bool teikiDelete(int64_t id);
+    // The occurrences dealt with that a look for due ones can still meet:
+    // those of each rule scheduled no more than a month before its Kakunin,
+    // or later. On a failure rows is left as it was.
+    bool readTeikiKiroku(std::vector<TeikiKiroku>& rows);
+    // Deals with the occurrences in one recorded step: a posted one becomes an
+    // entry of its rule's asset, kind, category or partner and note (a
+    // transfer both linked rows), and each is recorded in TeikiKiroku; then
+    // each rule of `kakunin` has its Kakunin moved forward to the day given.
+    // A rule that is unknown or (for a posting) broken, an amount that is not
+    // a whole yen amount of 32 bits, or an occurrence already recorded fails
+    // it all with a message, nothing written. Afterwards the balances of the
+    // assets it booked on are recomputed and the shown ledger is re-read.
+    bool teikiKityou(const std::vector<TeikiPosting>& postings, const std::vector<TeikiKakunin>& kakunin);
+    // Every entry dated after hizuke, asset by asset in date order, as its
+    // move of the balance. On a failure rows is left as it was.
+    bool readItemsAfter(const std::string& hizuke, std::vector<DatedAmount>& rows);
+
     // ---- annual aggregation -------------------------------------------------
     // yearsList := the distinct years that have entries, ascending.
     bool readYearsFromItemsTable();
@@ -493,14 +528,13 @@ private:
     void clearSisanList();
     // The DELETE of an asset's rows and of the transfer rows naming it.
     bool deleteItemsOfSisan(int64_t sisanId);
+    // The two rows of a transfer and their link, inside the caller's transaction.
+    bool insertIdouPair(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo,
+                        int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku, const std::string& bikou,
+                        int64_t* motoId = nullptr, int64_t* sakiId = nullptr);
     bool insertItemRow(const char* sql, const char* prepareMessage, const std::string& hizuke, int64_t nen,
                        int64_t tuki, int64_t hi, int64_t sisanNo, int64_t syubetuNo, int64_t partnerNo,
                        int64_t idouId, int64_t kingaku, const std::string& bikou);
-    // The two rows of a transfer and their link, inside the caller's
-    // transaction; the destination row's Id goes to *sakiId when given.
-    bool insertIdouRows(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo,
-                        int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku, const std::string& bikou,
-                        int64_t* sakiId);
     bool insertHimokuRow(int64_t syubetuNo, const std::string& namae, int64_t hno, int64_t ucount,
                          const char* prepareMessage, const char* stepMessage);
     bool renameRow(int64_t id, const std::string& namae, const char* preparePrefix, const char* stepPrefix);
@@ -547,6 +581,16 @@ private:
     // The household year's figures from date-range sums (annualInOutFromItemsTable).
     bool annualOfHouseholdYear(int year);
     bool readHouseholdYears();
+
+    // Recurring entries.
+    void clearTeikiList();
+    // What a step's label calls the rule: its note, else its sub-item or transfer.
+    std::string teikiNamae(const Teiki& teiki);
+    // Binds the rule's columns after Id, in table order, from parameter 1.
+    bool bindTeiki(const Teiki& teiki);
+    // Writes the entry (or transfer pair) of a posting; its Ids go to *kiroku.
+    bool postTeikiEntry(const Teiki& teiki, const TeikiPosting& posting, TeikiKiroku* kiroku);
+    bool insertTeikiKiroku(const TeikiKiroku& kiroku);
 };
 
 template <typename OnRow>

@@ -236,8 +236,8 @@ bool DataModel::cardSettlementInsert(int64_t sisanId, const YearMonth& closingMo
         RecordedStep step(db, cardStepLabel(getSisanNamaeFromNo(sisanId), kingaku, "記録"));
         if (!beganOrReport(step) || !createHouseholdTablesOrReport()) return false;
         int64_t sakiId = 0;
-        if (!insertIdouRows(hizuke, date->year, date->month, date->day, paying, kSyubetuIdouMoto, sisanId, kingaku,
-                            bikou, &sakiId) ||
+        if (!insertIdouPair(hizuke, date->year, date->month, date->day, paying, kSyubetuIdouMoto, sisanId, kingaku,
+                            bikou, nullptr, &sakiId) ||
             !insertSettlementRow(sisanId, closingMonth, sakiId, kingaku))
             return false;
         if (!commitStep(step)) return false;

@@ -46,6 +46,7 @@ int64_t number(const Values& v, size_t c)
 
 struct Names {
     std::map<int64_t, std::string> sisan, himoku;  // from the operation's own rows
+    std::map<int64_t, Values> teiki;                // rules the operation added or removed
 };
 
 }  // namespace
@@ -67,6 +68,7 @@ bool DataModel::readHistoryRows(int64_t historyId, std::vector<HistoryRowView>& 
         const int64_t key = ChangesetReader::intOf(r.latest(0));
         if (r.isTable("Sisan") && v.size() > 1 && v[1]) names.sisan[key] = *v[1];
         if (r.isTable("Himoku") && v.size() > 2 && v[2]) names.himoku[key] = *v[2];
+        if (r.isTable("Teiki") && r.op() != RowOp::Update) names.teiki[key] = v;
     }
     const auto sisanName = [&](int64_t id) {
         if (const Sisan* s = findById(sisanList, sisanId2Idx, id)) return s->Namae;
@@ -80,7 +82,7 @@ bool DataModel::readHistoryRows(int64_t historyId, std::vector<HistoryRowView>& 
     // when it is gone.
     const auto currentRow = [&](const std::string& table, int64_t id) {
         Values v;
-        if (table != "Items" && table != "Sisan" && table != "Himoku") return v;
+        if (table != "Items" && table != "Sisan" && table != "Himoku" && table != "Teiki") return v;
         if (!prepare("SELECT * FROM " + table + " WHERE Id = " + std::to_string(id),
                      "error prepare select from history row: ", "information"))
             return v;
@@ -88,6 +90,39 @@ bool DataModel::readHistoryRows(int64_t historyId, std::vector<HistoryRowView>& 
             for (int c = 0; c < stmt.columnCount(); ++c) v.emplace_back(stmt.columnText(c));
         });
         return v;
+    };
+
+    // A recurring entry's rule (Teiki) and an occurrence dealt with
+    // (TeikiKiroku), which names its rule's asset and content.
+    const auto ruleOf = [&](int64_t teikiNo, HistoryRowView& row) {
+        Values v = currentRow("Teiki", teikiNo);
+        if (v.empty() && names.teiki.count(teikiNo)) v = names.teiki[teikiNo];
+        const int64_t kind = number(v, 2);
+        row.sisan = v.empty() ? "????" : sisanName(number(v, 1));
+        row.himoku = v.empty()                  ? "????"
+                     : kind == kSyubetuIdouMoto ? "→" + sisanName(number(v, 4))
+                                                : himokuName(number(v, 3));
+        return kind;
+    };
+    const auto viewTeiki = [&](const Values& v, HistoryRowView& row) {
+        row.kind = "定期";
+        row.hizuke = text(v, 12);  // its start
+        row.sisan = sisanName(number(v, 1));
+        const int64_t kind = number(v, 2);
+        row.himoku = kind == kSyubetuIdouMoto ? "→" + sisanName(number(v, 4)) : himokuName(number(v, 3));
+        (kind == kSyubetuSyuunyuu ? row.nyuukin : row.syukkin) = formatWithGrouping(number(v, 5));
+        row.bikou = text(v, 6);
+        row.bikou += (row.bikou.empty() ? "" : " ") + std::string("最終確認 ") + text(v, 16);
+    };
+    const auto viewTeikiKiroku = [&](const Values& v, HistoryRowView& row) {
+        static const char* const kJyoutai[] = {"", "記帳", "見送り", "金額を変えて記帳"};
+        const int64_t jyoutai = number(v, 4);
+        row.kind = "定期の記録";
+        row.hizuke = text(v, 2);  // the scheduled day
+        const int64_t kind = ruleOf(number(v, 1), row);
+        row.bikou = jyoutai >= 1 && jyoutai <= 3 ? kJyoutai[jyoutai] : "";
+        if (jyoutai != kTeikiMiokuri)
+            (kind == kSyubetuSyuunyuu ? row.nyuukin : row.syukkin) = formatWithGrouping(number(v, 7));
     };
 
     std::vector<HistoryRowView> out;
@@ -109,6 +144,10 @@ bool DataModel::readHistoryRows(int64_t historyId, std::vector<HistoryRowView>& 
             row.kind = "資産";
             row.sisan = text(v, 1);
             row.bikou = "初期金額 " + formatWithGrouping(number(v, 2));
+        } else if (table == "Teiki") {
+            viewTeiki(v, row);
+        } else if (table == "TeikiKiroku") {
+            viewTeikiKiroku(v, row);
         } else {
             const bool category = number(v, 4) > 0;
             row.kind = category ? "費目" : "内訳";

@@ -214,20 +214,21 @@ bool DataModel::itemNyuukinSyukkinInsert(const std::string& hizuke, int64_t nen,
     return rereadShownItems();
 }
 
-bool DataModel::insertIdouRows(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo,
+bool DataModel::insertIdouPair(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo,
                                int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku, const std::string& bikou,
-                               int64_t* sakiIdOut)
+                               int64_t* motoId, int64_t* sakiId)
 {
     if (!insertItemRow(kInsertIdouMoto, "error preparing 移動元データ insert: ", hizuke, nen, tuki, hi, sisanNo,
                        syubetuNo, idouSisanNo, -1, kingaku, bikou))
         return false;
-    const int64_t motoId = sqlite3_last_insert_rowid(db);
+    const int64_t moto = sqlite3_last_insert_rowid(db);
     if (!insertItemRow(kInsertIdouSaki, "error preparing 移動先データ insert: ", hizuke, nen, tuki, hi, idouSisanNo,
-                       kSyubetuIdouSaki, sisanNo, motoId, kingaku, bikou))
+                       kSyubetuIdouSaki, sisanNo, moto, kingaku, bikou))
         return false;
-    const int64_t sakiId = sqlite3_last_insert_rowid(db);
-    if (sakiIdOut) *sakiIdOut = sakiId;
-    return runWrite("UPDATE Items SET IdouId=" + std::to_string(sakiId) + " WHERE Id=" + std::to_string(motoId),
+    const int64_t saki = sqlite3_last_insert_rowid(db);
+    if (motoId) *motoId = moto;
+    if (sakiId) *sakiId = saki;
+    return runWrite("UPDATE Items SET IdouId=" + std::to_string(saki) + " WHERE Id=" + std::to_string(moto),
                     "error prepare update 移動元item: ", "stop the app", "failure updating  移動元item: ");
 }
 
@@ -243,8 +244,7 @@ bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int6
         RecordedStep step(db, idouStepLabel(getSisanNamaeFromNo(sisanNo), getSisanNamaeFromNo(idouSisanNo), kingaku,
                                             "追加"));
         if (!beganOrReport(step)) return false;
-        if (!insertIdouRows(hizuke, nen, tuki, hi, sisanNo, syubetuNo, idouSisanNo, kingaku, bikou, nullptr))
-            return false;
+        if (!insertIdouPair(hizuke, nen, tuki, hi, sisanNo, syubetuNo, idouSisanNo, kingaku, bikou)) return false;
         if (!commitStep(step)) return false;
     }
     // Only the destination's balance is needed from its ledger; the list

@@ -81,6 +81,7 @@ bool DataModel::showEffects(const ChangesetDigest& digest, int64_t shownSisanId,
                             const std::vector<std::pair<int64_t, int64_t>>& zankinBefore, StepFocus* focus)
 {
     if (digest.himokuChanged && !readFromHimokuTable()) return false;
+    if (digest.teikiChanged && !readFromTeikiTable()) return false;
     if (digest.sisanChanged) {
         // The re-read brings back the stored balances: keep the ones shown.
         if (!readFromSisanTable()) return false;

@@ -10,6 +10,7 @@
 #include "store/History.h"
 #include "store/HouseholdTables.h"
 #include "store/ImportTables.h"
+#include "store/TeikiTables.h"
 #include "store/Transaction.h"
 
 namespace fs = std::filesystem;
@@ -80,11 +81,18 @@ bool addImportTables(sqlite3* db, std::string* error)
     return createImportTables(db) || fail(error, std::string(sqlite3_errmsg(db)) + ": the import tables");
 }
 
+// The recurring entries' tables; a book of an earlier version gets them
+// when it is opened.
+bool addTeikiTables(sqlite3* db, std::string* error)
+{
+    return createTeikiTables(db) || fail(error, std::string(sqlite3_errmsg(db)) + ": the recurring entries' tables");
+}
+
 bool buildSchema(sqlite3* db, std::string* error)
 {
     return runAll(db, std::begin(kSchema), std::end(kSchema), error) &&
            runAll(db, std::begin(kIndexes), std::end(kIndexes), error) && addHistory(db, error) &&
-           addImportTables(db, error) && addHouseholdTables(db, error);
+           addImportTables(db, error) && addHouseholdTables(db, error) && addTeikiTables(db, error);
 }
 
 bool insertCategory(sqlite3* db, int kind, const char* name, std::string* error)
@@ -167,7 +175,7 @@ bool provisionBook(const std::string& path, std::string* error)
     if (sqlite3_open_v2(database.c_str(), &c.db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
         return fail(error, "cannot open " + database.string() + ": " + sqlite3_errmsg(c.db));
     return runAll(c.db, std::begin(kIndexes), std::end(kIndexes), error) && addHistory(c.db, error) &&
-           addImportTables(c.db, error) && addHouseholdTables(c.db, error);
+           addImportTables(c.db, error) && addHouseholdTables(c.db, error) && addTeikiTables(c.db, error);
 }
 
 bool createEmptyDatabase(const std::string& path, std::string* error)

@@ -42,6 +42,20 @@ std::string cardStepLabel(const std::string& namae, int64_t kingaku, const char*
     return "カード『" + namae + "』の引落 " + formatWithGrouping(kingaku) + "円の" + verb;
 }
 
+std::string teikiStepLabel(const std::string& namae, const char* verb)
+{
+    return "定期的な支出入『" + namae + "』の" + verb;
+}
+
+std::string teikiKityouStepLabel(size_t posted, size_t skipped)
+{
+    std::string label = "定期的な支出入 ";
+    if (posted) label += std::to_string(posted) + "件の記帳";
+    if (posted && skipped) label += "・";
+    if (skipped) label += std::to_string(skipped) + "件の見送り";
+    return label;
+}
+
 std::string importStepLabel(const std::string& fileName, size_t count)
 {
     return "明細『" + fileName + "』" + std::to_string(count) + "件の取り込み";

@@ -16,6 +16,11 @@ std::string sisanStepLabel(const std::string& namae, const char* verb);
 // A category: "費目『食費』の" + verb; a sub-item: "内訳『食費/外食』の" + verb.
 std::string himokuStepLabel(const std::string& namae, const char* verb);
 std::string utiwakeStepLabel(const std::string& namae, const char* verb);
+// A recurring entry's rule: "定期的な支出入『家賃』の" + verb.
+std::string teikiStepLabel(const std::string& namae, const char* verb);
+// Due occurrences dealt with: "定期的な支出入 3件の記帳", with "・1件の見送り"
+// when some were skipped (or only "定期的な支出入 1件の見送り").
+std::string teikiKityouStepLabel(size_t posted, size_t skipped);
 
 // The household's own: "家計の設定の変更", "予算『食費』の変更",
 // "カード『楽天カード』の引落 45,600円の記録".

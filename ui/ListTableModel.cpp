@@ -30,6 +30,8 @@ QVariant ListTableModel::data(const QModelIndex& index, int role) const
         return columns[static_cast<size_t>(index.column())].text(index.row());
     case Qt::TextAlignmentRole:
         return alignment(index.column());
+    case Qt::ForegroundRole:
+        return rowForeground ? rowForeground(index.row()) : QVariant();
     case Qt::ToolTipRole: {
         const QString tip = toolTip ? toolTip(index.row()) : QString();
         return tip.isEmpty() ? QVariant() : QVariant(tip);

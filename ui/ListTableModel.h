@@ -25,6 +25,10 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
+    // Colours a row's text (a QColor, or an empty QVariant for the usual
+    // colour), as the row is painted.
+    void setRowForeground(std::function<QVariant(int)> foreground) { rowForeground = std::move(foreground); }
+
     // The identifier of a column, or "" outside the columns.
     std::string columnIdentifier(int column) const;
     // Tells the views that the whole list may have changed.
@@ -37,6 +41,7 @@ private:
     std::function<int()> rows;
     std::vector<Column> columns;
     std::function<QString(int)> toolTip;
+    std::function<QVariant(int)> rowForeground;
 
     QVariant alignment(int column) const;
 };
