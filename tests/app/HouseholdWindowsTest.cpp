@@ -18,6 +18,7 @@
 #include "editors/PrefsSisanViewController.h"
 #include "household/CardSettlementDialog.h"
 #include "household/HouseholdSettingsViewController.h"
+#include "household/TeikiKityouViewController.h"
 #include "household/YosanViewController.h"
 #include "tests/editors/EditorFixture.h"
 
@@ -193,6 +194,42 @@ TEST_F(HouseholdWindowsTest, DueSettlementsAreOfferedRecordedOnceAndTheCardAndBa
     start();  // a new run of the program offers nothing
     QTest::qWait(50);
     EXPECT_EQ(offers.size(), 3u);
+}
+
+// A card's withdrawal and a recurring entry both due at the start: each
+// window comes on its own, the second once the first has closed.
+TEST_F(HouseholdWindowsTest, ADueSettlementAndDueRecurringEntriesComeOneAfterTheOther)
+{
+    addSmallBook();
+    const int64_t card = addSisan("カード", 0, 0);
+    addEntry(card, "2026-10-01", 1, 2, 5000);
+    exec("INSERT INTO CardCycles VALUES (3, 15, 10, 1, 2, 1, 202610)");
+    exec("INSERT INTO Teiki (SisanNo,SyubetuNo,HimokuNo,IdouSisanNo,Kingaku,Bikou,Tani,Kankaku,Hi,Tuki,Youbi,Kaisi,"
+         "Syuuryou,Kaisuu,Kyuujitu,Kakunin) VALUES (1,1,3,0,5000,'外食',0,1,10,1,0,'2026-01-01','',0,0,'2026-10-31')");
+    const auto visible = [this]<typename T>(T*) {
+        for (T* w : vc->findChildren<T*>())
+            if (w->isVisible()) return true;
+        return false;
+    };
+    answerSettlements({[&](CardSettlementDialog& d) {
+        EXPECT_FALSE(visible(static_cast<TeikiKityouViewController*>(nullptr)));
+        QTest::mouseClick(in<QPushButton>(&d, "btnSettlementMark"), Qt::LeftButton);
+    }});
+    int postings = 0;
+    QTimer teiki;
+    teiki.callOnTimeout([&] {
+        auto* kityou = qobject_cast<TeikiKityouViewController*>(QApplication::activeModalWidget());
+        if (!kityou || !kityou->isVisible()) return;
+        ++postings;
+        EXPECT_FALSE(visible(static_cast<CardSettlementDialog*>(nullptr)));
+        kityou->reject();
+    });
+    teiki.start(10);
+    start();
+    QTRY_COMPARE_WITH_TIMEOUT(offers.size(), 1u, 5000);
+    QTRY_COMPARE_WITH_TIMEOUT(postings, 1, 5000);
+    teiki.stop();
+    EXPECT_EQ(scalar("SELECT count(*) FROM CardSettlements WHERE SisanNo = 3 AND ClosingMonth = 202610"), 1);
 }
 
 using CardBoxTest = EditorFixture<PrefsSisanViewController>;
