@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "app/CommandLine.h"
+#include "import/CardStatementCheck.h"
 #include "import/ImportPlan.h"
 #include "store/BookCheck.h"
 #include "store/BookLock.h"
@@ -74,6 +75,7 @@ public:
                 return refuse(path, layout, &plan, "");  // the store has said why
         }
         report(path, layout, summary);
+        cardPeriod(path, plan);
         refusedRows(path, plan);
         return true;
     }
@@ -121,6 +123,17 @@ private:
                      "refused=%lld income=%lld expense=%lld\n",
                      path.c_str(), layout.empty() ? "-" : layout.c_str(), ll(s.read), ll(s.imported), ll(s.already),
                      ll(s.possibleDuplicates), ll(s.transfers), ll(s.refused), ll(s.income), ll(s.expense));
+    }
+
+    // A card's statement against its period in the book, the imported rows in.
+    void cardPeriod(const std::string& path, const ImportPlan& plan)
+    {
+        const std::optional<CardStatementPeriod>& card = plan.context().cardPeriod;
+        if (!card) return;
+        const CardStatementCheck check = checkCardStatement(plan, *card);
+        std::fprintf(out_, "card %s closing=%s withdrawal=%s statement=%lld book=%lld difference=%lld\n", path.c_str(),
+                     card->period.purchases.last.iso().c_str(), card->period.withdrawal.iso().c_str(),
+                     ll(check.statementKingaku), ll(check.bookKingaku), ll(check.difference()));
     }
 
     void refusedRows(const std::string& path, const ImportPlan& plan)

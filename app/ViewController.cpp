@@ -44,7 +44,7 @@ ViewController::~ViewController()
 
 void ViewController::viewDidLoad()
 {
-    sisanModel = makeSisanTableModel(DM, this);
+    sisanModel = makeSisanTableModel(DM, this, [this](int row) { return afterWithdrawalsText(row); });
     itemModel = makeItemTableModel(DM, this);
     comboModel = new QStringListModel(this);
     ui->tblSisan->setModel(sisanModel);
@@ -67,6 +67,7 @@ void ViewController::viewDidLoad()
     ui->rdbSisyutu->setChecked(true);
     rdbtnSelected(ui->rdbSisyutu);
     ui->itemData->hide();
+    showHouseholdState();
     // Due recurring entries are offered once the window is up.
     QTimer::singleShot(0, this, &ViewController::lookForDueTeiki);
 }
@@ -79,8 +80,10 @@ void ViewController::layOutColumns()
     const int amount = metrics.horizontalAdvance(QStringLiteral("-9,999,999,999")) + 24;
     QHeaderView* sisanHeader = ui->tblSisan->horizontalHeader();
     sisanHeader->setSectionResizeMode(0, QHeaderView::Stretch);
-    sisanHeader->setSectionResizeMode(1, QHeaderView::Fixed);
-    sisanHeader->resizeSection(1, amount);
+    for (int column = 1; column <= 2; ++column) {
+        sisanHeader->setSectionResizeMode(column, QHeaderView::Fixed);
+        sisanHeader->resizeSection(column, amount);
+    }
     QHeaderView* itemHeader = ui->tblItem->horizontalHeader();
     itemHeader->setSectionsClickable(true);
     itemHeader->resizeSection(0, metrics.horizontalAdvance(QStringLiteral("0000-00-00")) + 32);
@@ -141,6 +144,9 @@ void ViewController::wireActions()
     connect(ui->mnuShowPrefsTeiki, &QAction::triggered, this, &ViewController::mnuShowPrefsTeiki);
     connect(ui->mnuShowAnnualReport, &QAction::triggered, this, &ViewController::mnuShowAnnualReport);
     connect(ui->mnuShowSisanReport, &QAction::triggered, this, &ViewController::mnuShowSisanReport);
+    connect(ui->mnuShowYosanReport, &QAction::triggered, this, &ViewController::mnuShowYosanReport);
+    connect(ui->mnuShowHouseholdSettings, &QAction::triggered, this, &ViewController::mnuShowHouseholdSettings);
+    connect(ui->mnuShowYosan, &QAction::triggered, this, &ViewController::mnuShowYosan);
     connect(ui->mnuQuit, &QAction::triggered, this, &QWidget::close);
     connect(ui->mnuBackupNow, &QAction::triggered, this, &ViewController::mnuBackupNow);
     connect(ui->mnuRestoreBackup, &QAction::triggered, this, &ViewController::mnuRestoreBackup);
@@ -166,6 +172,11 @@ void ViewController::todayChanged()
     showToday();
     // A date the user chose stays; the default moves with the day.
     if (ui->itemDataDatePicker->date() == before) ui->itemDataDatePicker->setDate(shownToday);
+    // A new day: another household month perhaps, withdrawal days, and due
+    // recurring entries.
+    putOff.clear();
+    showHouseholdState();
+    offerCardSettlements();
     lookForDueTeiki();
 }
 
@@ -239,6 +250,8 @@ void ViewController::sisanKoumokuChanged(bool changed)
     }
     dropVanishedEdit();
     refreshComboItems();
+    // A card set up or changed in the asset editor may have a withdrawal due.
+    QTimer::singleShot(0, this, &ViewController::offerCardSettlements);
     findFollowsBook();
 }
 

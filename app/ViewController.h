@@ -7,9 +7,12 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "household/Date.h"
 #include "store/SearchQuery.h"
 #include "ui/ModalEditor.h"
 
@@ -22,6 +25,7 @@ class ListTableModel;
 struct StepFocus;
 class QAbstractButton;
 class QKeyEvent;
+class QShowEvent;
 class QStringListModel;
 class QTableView;
 class StatementImporter;
@@ -140,6 +144,17 @@ public:
     // The index of the first combo item with this Id.
     std::optional<int> comboBoxId2Idx(int64_t id) const;
 
+    // ---- household months, cards and budgets --------------------------------
+    // The two settings windows and the budget report, modal over this one;
+    // the window shows what they changed when they close.
+    void mnuShowHouseholdSettings();
+    void mnuShowYosan();
+    void mnuShowYosanReport();
+    // Offers, one after another, the settlement of every card period whose
+    // withdrawal day has come and that is not settled, except those put off
+    // today (後で); each one recorded is one step.
+    void offerCardSettlements();
+
     // ---- find ------------------------------------------------------------------
     // Opens the find bar above the entry list (Ctrl+F), or focuses it.
     void mnuFind();
@@ -150,6 +165,8 @@ public:
 protected:
     // Enter on a focused button presses that button.
     void keyPressEvent(QKeyEvent* event) override;
+    // The first show offers the settlements that are due.
+    void showEvent(QShowEvent* event) override;
 
 private:
     std::unique_ptr<Ui::ViewController> ui;
@@ -227,6 +244,20 @@ private:
     void updateUndoActions();
     // Shows the lists as a replayed step left them.
     void showStepResult(const StepFocus& focus);
+
+    // Household (ViewControllerHousehold.cpp).
+    std::map<int64_t, int64_t> comingBySisan;       // paying asset -> its cards' withdrawals to come
+    std::set<std::pair<int64_t, YearMonth>> putOff;  // card and closing month: 後で, until the day changes
+    bool offering = false;                           // a settlement is being offered
+    bool offerWaiting = false;                       // an offer waits for a modal window to close
+    bool shownOnce = false;
+    // The month's spending against its budget, each card's coming
+    // withdrawals in the asset list, and the shown asset's card line.
+    void showHouseholdState();
+    void showYosanSummary();
+    void showCardInfo();
+    void computeComingWithdrawals();
+    QString afterWithdrawalsText(int row) const;
 
     // Find bar.
     void wireFind();

@@ -61,6 +61,7 @@ void ViewController::sisanSelected(int row)
     emit sisanModel->dataChanged(balance, balance);
     DM.totalOfZankinFrom_sisanList();
     showGrandTotal();
+    showCardInfo();
 }
 
 void ViewController::selectSisanRowQuietly(int row)
@@ -75,6 +76,7 @@ void ViewController::reloadSisanList()
     if (selectedSisan()) selectSisanRowQuietly(static_cast<int>(DM.theSisanNo));
     DM.totalOfZankinFrom_sisanList();
     showGrandTotal();
+    showHouseholdState();
 }
 
 void ViewController::tblItemReload()

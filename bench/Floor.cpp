@@ -219,6 +219,52 @@ void Floor::applyChangeset(const std::string& changeset)
     write("COMMIT");
 }
 
+void Floor::rangeSums(const std::string& sisanIds, const std::vector<std::string>& firstDays,
+                      const std::string& lastDay, bool withIncome)
+{
+    std::string bucket = "0";
+    if (firstDays.size() > 1) {
+        bucket = "CASE";
+        for (size_t r = 1; r < firstDays.size(); ++r)
+            bucket += " WHEN Hizuke < ?" + std::to_string(r + 1) + " THEN " + std::to_string(r - 1);
+        bucket += " ELSE " + std::to_string(firstDays.size() - 1) + " END";
+    }
+    const std::string sql = "SELECT SyubetuNo, HimokuNo, " + bucket +
+                            ", SUM(CASE SyubetuNo WHEN 1 THEN Syukkin ELSE Nyuukin END) FROM Items WHERE SisanNo IN (" +
+                            sisanIds + ") AND Hizuke BETWEEN ?1 AND ?" + std::to_string(firstDays.size() + 1) +
+                            " AND SyubetuNo " + (withIncome ? "IN (1,2)" : "= 1") + " GROUP BY 1, 2, 3";
+    sqlite3_stmt* s = nullptr;
+    sqlite3_prepare_v2(db_, sql.c_str(), -1, &s, nullptr);
+    for (size_t r = 0; r < firstDays.size(); ++r)
+        sqlite3_bind_text(s, static_cast<int>(r) + 1, firstDays[r].c_str(), -1, SQLITE_TRANSIENT);
+    sqlite3_bind_text(s, static_cast<int>(firstDays.size()) + 1, lastDay.c_str(), -1, SQLITE_TRANSIENT);
+    eachRow(db_, s, [&] {
+        sink_ += sqlite3_column_int64(s, 0) + sqlite3_column_int64(s, 1) + sqlite3_column_int64(s, 2) +
+                 sqlite3_column_int64(s, 3);
+    });
+    sqlite3_finalize(s);
+}
+
+void Floor::cardPeriods(int64_t sisanId, int64_t fromMonth,
+                        const std::vector<std::pair<std::string, std::string>>& periods)
+{
+    readAll("SELECT ClosingMonth FROM CardSettlements WHERE SisanNo = " + std::to_string(sisanId) +
+                " AND ClosingMonth >= " + std::to_string(fromMonth) +
+                " AND (ItemId IS NULL OR ItemId IN (SELECT Id FROM Items)) ORDER BY ClosingMonth",
+            0);
+    for (const auto& [first, last] : periods) {
+        sqlite3_stmt* s = nullptr;
+        sqlite3_prepare_v2(db_,
+                           ("SELECT SUM(CASE WHEN SyubetuNo IN (1,3) THEN Syukkin WHEN SyubetuNo = 2 THEN -Nyuukin END) "
+                            "FROM Items WHERE SisanNo = " + std::to_string(sisanId) + " AND Hizuke BETWEEN ? AND ?")
+                               .c_str(),
+                           -1, &s, nullptr);
+        sqlite3_bind_text(s, 1, first.c_str(), -1, SQLITE_TRANSIENT);
+        sqlite3_bind_text(s, 2, last.c_str(), -1, SQLITE_TRANSIENT);
+        eachRow(db_, s, [&] { sink_ += sqlite3_column_int64(s, 0); });
+        sqlite3_finalize(s);
+    }
+}
 void Floor::readFound(const std::string& sql, const std::vector<std::string>& texts)
 {
     sqlite3_stmt* s = nullptr;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct sqlite3;
@@ -24,6 +25,14 @@ public:
     void deleteSubItem(int64_t id, int64_t hno, int64_t ucount, int64_t shownSisanId);
     // The session extension applying a changeset in one transaction.
     void applyChangeset(const std::string& changeset);
+    // The sums per kind, sub-item and range of consecutive date ranges (the
+    // first days of each, then the last day of the last) over the listed
+    // assets' entries: household months and budgets.
+    void rangeSums(const std::string& sisanIds, const std::vector<std::string>& firstDays, const std::string& lastDay,
+                   bool withIncome);
+    // A card's settled closing months from `fromMonth` (yyyymm) on, then what
+    // each of the periods (first and last day) comes to.
+    void cardPeriods(int64_t sisanId, int64_t fromMonth, const std::vector<std::pair<std::string, std::string>>& periods);
     // A search: the statement with its text parameters, every column read.
     void readFound(const std::string& sql, const std::vector<std::string>& texts);
 

@@ -249,3 +249,89 @@ bool addEntriesUnder(const std::string& path, const LedgerShape& shape, const st
     *error = sqlite3_errmsg(c.db);
     return false;
 }
+
+bool generateCardBook(const std::string& path, int64_t entries, int lastYear, GeneratedCardBook* out,
+                      std::string* error)
+{
+    if (!createEmptyDatabase(path, error)) return false;
+    Connection c;
+    if (sqlite3_open(path.c_str(), &c.db) != SQLITE_OK) {
+        *error = sqlite3_errmsg(c.db);
+        return false;
+    }
+    if (!run(c.db, "PRAGMA journal_mode=OFF", error) || !run(c.db, "PRAGMA synchronous=OFF", error)) return false;
+    Transaction tx(c.db);
+    const int firstYear = lastYear - 29;
+    if (!run(c.db, "INSERT INTO Sisan VALUES (1,'普通預金',1000000,1000000), (2,'クレジットカード',0,0)", error) ||
+        !run(c.db, "INSERT INTO Himoku VALUES (1,1,'食費',1,2), (2,1,'食費/その他',1,0), (3,1,'食費/外食',1,0)", error) ||
+        !run(c.db, "INSERT INTO CardCycles VALUES (2,15,10,1,2,1," + std::to_string(firstYear * 100 + 1) + ")", error))
+        return false;
+
+    Statement ins;
+    sqlite3_prepare_v2(c.db,
+                       "INSERT INTO Items (Hizuke,Nen,Tuki,Hi,SisanNo,SyubetuNo,HimokuNo,IdousisanNo,IdouId,Nyuukin,"
+                       "Syukkin,Bikou) VALUES (?1,?2,?3,?4,?5,?6,?7,?8,?9,?10,?11,'')",
+                       -1, &ins.s, nullptr);
+    const auto insertRow = [&](int64_t day, int sisan, int kind, int64_t himoku, int partner, int64_t idouId,
+                               int64_t amount) {
+        int y, m, d;
+        civilFromDays(day, &y, &m, &d);
+        char hizuke[16];
+        std::snprintf(hizuke, sizeof hizuke, "%04d-%02d-%02d", y, m, d);
+        sqlite3_reset(ins.s);
+        sqlite3_clear_bindings(ins.s);
+        sqlite3_bind_text(ins.s, 1, hizuke, -1, SQLITE_TRANSIENT);
+        sqlite3_bind_int(ins.s, 2, y);
+        sqlite3_bind_int(ins.s, 3, m);
+        sqlite3_bind_int(ins.s, 4, d);
+        sqlite3_bind_int(ins.s, 5, sisan);
+        sqlite3_bind_int(ins.s, 6, kind);
+        if (himoku) sqlite3_bind_int64(ins.s, 7, himoku);
+        if (partner) sqlite3_bind_int(ins.s, 8, partner);
+        sqlite3_bind_int64(ins.s, 9, idouId);
+        sqlite3_bind_int64(ins.s, (kind == 2 || kind == 4) ? 10 : 11, amount);
+        return sqlite3_step(ins.s) == SQLITE_DONE;
+    };
+
+    // Purchases and a few refunds, in date order.
+    std::mt19937_64 rng(20261123);
+    const int64_t firstDay = daysFromCivil(firstYear, 1, 1);
+    const int64_t dayCount = daysFromCivil(lastYear + 1, 1, 1) - firstDay;
+    for (int64_t i = 0; i < entries; ++i) {
+        const bool refund = rng() % 20 == 0;
+        if (!insertRow(firstDay + i * dayCount / entries, 2, refund ? 2 : 1, 2 + static_cast<int64_t>(rng() % 2), 0, -1,
+                       100 + static_cast<int64_t>(rng() % 20000))) {
+            *error = sqlite3_errmsg(c.db);
+            return false;
+        }
+    }
+    // Every period closing up to October of the last year is settled by a
+    // transfer from the bank on the 10th of the month after.
+    for (int year = firstYear; year <= lastYear; ++year) {
+        for (int month = 1; month <= 12 && !(year == lastYear && month > 10); ++month) {
+            const int64_t day = daysFromCivil(month == 12 ? year + 1 : year, month == 12 ? 1 : month + 1, 10);
+            bool ok = insertRow(day, 1, 3, 0, 2, -1, 50000);
+            const int64_t moto = sqlite3_last_insert_rowid(c.db);
+            ok = ok && insertRow(day, 2, 4, 0, 1, moto, 50000);
+            const int64_t saki = sqlite3_last_insert_rowid(c.db);
+            const std::string link =
+                "UPDATE Items SET IdouId=" + std::to_string(saki) + " WHERE Id=" + std::to_string(moto);
+            ok = ok && run(c.db, link, error) &&
+                 run(c.db, "INSERT INTO CardSettlements (SisanNo,ClosingMonth,ItemId,Kingaku) VALUES (2," +
+                               std::to_string(year * 100 + month) + "," + std::to_string(saki) + ",50000)",
+                     error);
+            if (!ok) {
+                if (error->empty()) *error = sqlite3_errmsg(c.db);
+                return false;
+            }
+        }
+    }
+    if (!tx.commit()) {
+        *error = sqlite3_errmsg(c.db);
+        return false;
+    }
+    out->bankSisanId = 1;
+    out->cardSisanId = 2;
+    out->today = std::to_string(lastYear) + "-12-20";
+    return true;
+}

@@ -29,3 +29,17 @@ bool generateLedger(const std::string& path, const LedgerShape& shape, Generated
 // category to delete and take back.
 bool addEntriesUnder(const std::string& path, const LedgerShape& shape, const std::vector<int64_t>& subItems,
                      int64_t count, std::string* error);
+
+// What the card book holds: a bank asset and a card asset drawing on it.
+struct GeneratedCardBook {
+    int64_t bankSisanId = 0;
+    int64_t cardSisanId = 0;
+    std::string today;  // the day the card's outlook is taken on ("yyyy-MM-dd")
+};
+
+// Writes a book at path with a card of `entries` purchases and refunds over
+// 30 years ending with lastYear (closing on the 15th, withdrawn on the 10th
+// of the next month from the bank), every period settled by a transfer
+// except the last two closed ones.
+bool generateCardBook(const std::string& path, int64_t entries, int lastYear, GeneratedCardBook* out,
+                      std::string* error);

@@ -92,7 +92,7 @@ class ImportFloor {
 public:
     ImportFloor(const std::string& path, std::vector<int64_t> sisans) : c_(path), sisans_(std::move(sisans)) {}
 
-    void run(const ImportBatch& b, int64_t sisanId, const DateRange& same, const DateRange& pairing)
+    void run(const ImportBatch& b, int64_t sisanId, const ImportDateRange& same, const ImportDateRange& pairing)
     {
         std::unordered_set<std::string> keys;
         readWindow(sisanId, same, &keys);
@@ -193,7 +193,7 @@ private:
     std::vector<int64_t> sisans_;
     int64_t sink_ = 0;
 
-    void readWindow(int64_t sisanId, const DateRange& range, std::unordered_set<std::string>* keys)
+    void readWindow(int64_t sisanId, const ImportDateRange& range, std::unordered_set<std::string>* keys)
     {
         if (range.from.empty()) return;
         Stmt s(c_.db,
@@ -274,8 +274,8 @@ void benchImport(DataModel& dm, const std::string& bookPath, const std::string& 
     std::vector<int64_t> sisans;
     for (const auto& s : dm.sisanList) sisans.push_back(s->Id);
     ImportFloor floor(bookPath, sisans);
-    const DateRange same = sameAssetRange(*statement);
-    const DateRange pairing = transferRange(*statement);
+    const ImportDateRange same = sameAssetRange(*statement);
+    const ImportDateRange pairing = transferRange(*statement);
     compare(
         "import_card_10k", runs,
         [&](int) {

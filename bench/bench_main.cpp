@@ -22,6 +22,7 @@
 #include "bench/Compare.h"
 #include "bench/Floor.h"
 #include "bench/Generator.h"
+#include "bench/HouseholdBench.h"
 #include "bench/ImportBench.h"
 #include "bench/MainWindowBench.h"
 #include "bench/ReportBench.h"
@@ -211,6 +212,7 @@ int main(int argc, char** argv)
     const int middleYear = options.shape.lastYear - options.shape.years / 2;
     compare("annual_year", runs, [&](int) { dm->annualInOutFromItemsTable(std::to_string(middleYear)); },
             [&](int) { floor.annualYear(middleYear); });
+    benchHousehold(*dm, floor, middleYear, dir, runs);
     compare("networth_history", runs,
             [&](int) { dm->sisanHistoryFromItemsTable(options.shape.lastYear, 12); },
             [&](int) { floor.monthlySums(); });

@@ -67,24 +67,25 @@ AnnualChartsView::AnnualChartsView(DataModel& dm, QWidget* parent)
 
 AnnualChartsView::~AnnualChartsView() = default;
 
-void AnnualChartsView::showYear(const std::string& nen)
+void AnnualChartsView::showYear(const std::string& nen, const std::string& monthsNote)
 {
     const QString year = QString::fromStdString(nen);
     shownYear = year;
     if (annualHasNoEntries(DM)) {
         showSentence(monthlyPlace(), year + QStringLiteral("年には収入と支出の記録がありません。"));
     } else {
-        drawMonthly(year);
+        drawMonthly(year, QString::fromStdString(monthsNote));
     }
     drawExpense(year);
 }
 
-void AnnualChartsView::drawMonthly(const QString& year)
+void AnnualChartsView::drawMonthly(const QString& year, const QString& monthsNote)
 {
     const MonthlyInOut m = monthlyInOut(DM);
     QChart* chart = ui->chartMonthly->chart();
     clearChart(chart);
-    chart->setTitle(year + QStringLiteral("年 月別収支"));
+    chart->setTitle(year + QStringLiteral("年 月別収支") +
+                    (monthsNote.isEmpty() ? QString() : QStringLiteral("（") + monthsNote + QStringLiteral("）")));
 
     auto* bars = new QBarSeries;
     bars->append(barSet(QStringLiteral("収入"), m.income, kIncomeColor));

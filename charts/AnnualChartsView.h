@@ -28,8 +28,9 @@ public:
     ~AnnualChartsView() override;
 
     // Redraws both charts from the annual lists; nen (decimal text, as in
-    // yearsList) names the year in the titles and sentences.
-    void showYear(const std::string& nen);
+    // yearsList) names the year in the titles and sentences, and a months
+    // note (household months) follows the monthly chart's title.
+    void showYear(const std::string& nen, const std::string& monthsNote = {});
 
     // Save each chart as a PNG picture through the save dialog.
     void btnMonthlyPNG();
@@ -44,7 +45,7 @@ private:
     std::vector<ExpenseSlice> slices;  // the donut's, in slice order
     QString shownYear;                 // the year the charts show, for the saved files' names
 
-    void drawMonthly(const QString& year);
+    void drawMonthly(const QString& year, const QString& monthsNote);
     void drawExpense(const QString& year);
     ChartPlace monthlyPlace() const;
     ChartPlace expensePlace() const;

@@ -1,17 +1,22 @@
 #include "editors/PrefsSisanViewController.h"
 
+#include <QCheckBox>
+#include <QComboBox>
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QKeySequence>
 #include <QShortcut>
+#include <QSignalBlocker>
 
 #include "editors/EditorUndo.h"
 #include "editors/EditorWidgets.h"
 #include "editors/KoumokuNamae.h"
+#include "household/HouseholdLabels.h"
 #include "store/DataModel.h"
 #include "store/FindById.h"
 #include "ui/AmountText.h"
 #include "ui/BoxKeys.h"
+#include "ui/HouseholdDates.h"
 #include "ui/ListTableModel.h"
 #include "ui/MessageService.h"
 #include "ui_PrefsSisanViewController.h"
@@ -23,6 +28,13 @@ const QString kSakujyoUnselected = QStringLiteral("削除する資産の行デ�
 const QString kKingakuInvalid = QStringLiteral("金額の欄に不正なデータがあります");
 const QString kNamaeTaken = QStringLiteral("同じ名前の資産がすでにあります。別の名前にしてください。");
 const QString kRedBorder = QStringLiteral("QLineEdit { border: 2px solid red; }");
+const QString kCardUnselected = QStringLiteral("カード設定する資産の行データを選択してからにしてください。");
+const QString kPayingMissing = QStringLiteral("引落口座を選んでください。");
+const QString kRedCombo = QStringLiteral("QComboBox { border: 2px solid red; }");
+
+// The usual card: closing at the month's end, withdrawn on the 27th of the
+// next month, on the business day after a holiday.
+const CardCycleSetting kUsualCycle{};
 
 QString q(const std::string& text)
 {
@@ -57,8 +69,11 @@ void PrefsSisanViewController::viewDidLoad()
     ui->tblSisanKoumoku->setModel(model);
     layOutColumns();
     wireActions();
+    // The two boxes share one place beside the table; one shows at a time.
     keepPlaceWhenHidden(ui->sisanKoumokuBox);
+    keepPlaceWhenHidden(ui->cardBox);
     ui->sisanKoumokuBox->hide();
+    ui->cardBox->hide();
 }
 
 void PrefsSisanViewController::layOutColumns()
@@ -102,6 +117,14 @@ void PrefsSisanViewController::wireActions()
     connect(new QShortcut(QKeySequence(Qt::Key_Delete), ui->tblSisanKoumoku, nullptr, nullptr, Qt::WidgetShortcut),
             &QShortcut::activated, this, &PrefsSisanViewController::btnSisanKoumokuSakujyo);
     bindBoxKeys(ui->sisanKoumokuBox, [this] { btnSisanKoumokuOK(); }, [this] { btnSisanKoumokuCancel(); });
+    connect(ui->btnSisanKoumokuCard, &QPushButton::clicked, this, &PrefsSisanViewController::btnSisanKoumokuCard);
+    connect(ui->btnCardOK, &QPushButton::clicked, this, &PrefsSisanViewController::btnCardOK);
+    connect(ui->btnCardCancel, &QPushButton::clicked, this, &PrefsSisanViewController::btnCardCancel);
+    bindBoxKeys(ui->cardBox, [this] { btnCardOK(); }, [this] { btnCardCancel(); });
+    connect(ui->chkCardUse, &QCheckBox::toggled, this, &PrefsSisanViewController::cardFieldsChanged);
+    for (QComboBox* combo : {ui->cmbCardClosingDay, ui->cmbCardWithdrawalDay, ui->cmbCardMonthsAfter, ui->cmbCardShift,
+                             ui->cmbCardPayingSisan})
+        connect(combo, &QComboBox::currentIndexChanged, this, &PrefsSisanViewController::cardFieldsChanged);
     undoKeys = new EditorUndo(DM, this, [this](const StepFocus& focus) { showUndone(focus); });
 }
 
@@ -109,6 +132,7 @@ void PrefsSisanViewController::prepareBox(SyoriNo syoriNo, const QString& title,
                                           const QString& cancel)
 {
     sisanKoumokuSyoriNo = syoriNo;
+    hideCardBox();
     ui->sisanKoumokuBox->setTitle(title);
     ui->btnSisanKoumokuOKTitle->setText(ok);
     ui->btnSisanKoumokuCancelTitle->setText(cancel);
@@ -194,6 +218,7 @@ void PrefsSisanViewController::btnSisanKoumokuOK()
     sisanKoumokuChangedSw = true;
     reloadTable();
     hideBox();
+    askForPayingAsset();
 }
 
 void PrefsSisanViewController::showUndone(const StepFocus& focus)
@@ -255,8 +280,12 @@ bool PrefsSisanViewController::executeSakujyo()
         hideBox();
         return false;
     }
+    // Cards paid from it lose their paying asset; each asks for another.
+    std::vector<int64_t> paidCards;
+    for (const Card* card : DM.cardsPaidFrom(id)) paidCards.push_back(card->SisanNo);
     // Entries, the partner rows of its transfers and the asset go together.
     if (!DM.sisanDeleteWithItems(id)) return false;
+    cardsToAskPaying.insert(cardsToAskPaying.end(), paidCards.begin(), paidCards.end());
     deselect();
     DM.theSisanNo = 0;
     return true;
@@ -289,4 +318,155 @@ void PrefsSisanViewController::hideBox()
 {
     ui->sisanKoumokuBox->hide();
     ui->tblSisanKoumoku->setFocus();  // the keyboard goes on from the list
+}
+
+void PrefsSisanViewController::fillCardCombos()
+{
+    const auto fill = [](QComboBox* combo, const std::vector<std::pair<QString, int>>& items) {
+        const QSignalBlocker quiet(combo);
+        combo->clear();
+        for (const auto& [text, value] : items) combo->addItem(text, value);
+    };
+    std::vector<std::pair<QString, int>> closing, withdrawal;
+    for (int day = 1; day <= 28; ++day) closing.emplace_back(qText(dayText(day)), day);
+    closing.emplace_back(qText(dayText(kLastDay)), kLastDay);
+    for (int day = 1; day <= 30; ++day) withdrawal.emplace_back(qText(dayText(day)), day);
+    withdrawal.emplace_back(qText(dayText(kLastDay)), kLastDay);
+    fill(ui->cmbCardClosingDay, closing);
+    fill(ui->cmbCardWithdrawalDay, withdrawal);
+    fill(ui->cmbCardMonthsAfter,
+         {{QStringLiteral("当月"), 0}, {QStringLiteral("翌月"), 1}, {QStringLiteral("翌々月"), 2}, {QStringLiteral("3か月後"), 3}});
+    std::vector<std::pair<QString, int>> shifts;
+    for (HolidayShift shift : {HolidayShift::After, HolidayShift::Before, HolidayShift::SameDay})
+        shifts.emplace_back(qText("土日祝は" + holidayShiftName(shift)), static_cast<int>(shift));
+    fill(ui->cmbCardShift, shifts);
+    // Any other asset may pay; the card itself may not.
+    std::vector<std::pair<QString, int>> paying;
+    for (const auto& sisan : DM.sisanList)
+        if (!preparedSisanId || sisan->Id != *preparedSisanId) paying.emplace_back(q(sisan->Namae), static_cast<int>(sisan->Id));
+    fill(ui->cmbCardPayingSisan, paying);
+}
+
+void PrefsSisanViewController::btnSisanKoumokuCard()
+{
+    const Sisan* sisan = selectedSisanOrSay(kCardUnselected);
+    if (sisan) prepareCardBox(*sisan, false);
+}
+
+void PrefsSisanViewController::prepareCardBox(const Sisan& sisan, bool askPaying)
+{
+    preparedSisanId = sisan.Id;
+    sisanKoumokuSyoriNo = kNone;
+    ui->sisanKoumokuBox->hide();
+    fillCardCombos();
+    const Card* card = DM.cardOf(sisan.Id);
+    const CardCycleSetting cycle = card ? card->cycle : kUsualCycle;
+    const auto select = [](QComboBox* combo, int value) {
+        const QSignalBlocker quiet(combo);
+        combo->setCurrentIndex(combo->findData(value));
+    };
+    select(ui->cmbCardClosingDay, cycle.closingDay);
+    select(ui->cmbCardWithdrawalDay, cycle.withdrawalDay);
+    select(ui->cmbCardMonthsAfter, cycle.monthsAfterClosing);
+    select(ui->cmbCardShift, static_cast<int>(cycle.shift));
+    select(ui->cmbCardPayingSisan, card && !askPaying ? static_cast<int>(card->PayingSisanNo) : -1);
+    ui->cmbCardPayingSisan->setStyleSheet(askPaying ? kRedCombo : QString());
+    {
+        const QSignalBlocker quiet(ui->chkCardUse);
+        ui->chkCardUse->setChecked(card != nullptr || askPaying);
+    }
+    ui->cardBox->setTitle(q(sisan.Namae) + QStringLiteral("のカード設定"));
+    ui->cardBox->show();
+    cardFieldsChanged();
+    (askPaying ? static_cast<QWidget*>(ui->cmbCardPayingSisan) : ui->chkCardUse)->setFocus();
+}
+
+Card PrefsSisanViewController::shownCard() const
+{
+    Card card;
+    card.SisanNo = preparedSisanId.value_or(0);
+    card.cycle.closingDay = ui->cmbCardClosingDay->currentData().toInt();
+    card.cycle.withdrawalDay = ui->cmbCardWithdrawalDay->currentData().toInt();
+    card.cycle.monthsAfterClosing = ui->cmbCardMonthsAfter->currentData().toInt();
+    card.cycle.shift = static_cast<HolidayShift>(ui->cmbCardShift->currentData().toInt());
+    card.PayingSisanNo = ui->cmbCardPayingSisan->currentIndex() >= 0 ? ui->cmbCardPayingSisan->currentData().toInt() : 0;
+    return card;
+}
+
+void PrefsSisanViewController::cardFieldsChanged()
+{
+    const bool use = ui->chkCardUse->isChecked();
+    for (QWidget* field : {static_cast<QWidget*>(ui->cmbCardClosingDay), static_cast<QWidget*>(ui->cmbCardWithdrawalDay),
+                           static_cast<QWidget*>(ui->cmbCardMonthsAfter), static_cast<QWidget*>(ui->cmbCardShift),
+                           static_cast<QWidget*>(ui->cmbCardPayingSisan)})
+        field->setEnabled(use);
+    if (ui->cmbCardPayingSisan->currentIndex() >= 0) ui->cmbCardPayingSisan->setStyleSheet({});
+    if (!use) {
+        ui->lblCardCycle->setText(QStringLiteral("クレジットカードではない資産です。"));
+        return;
+    }
+    const Checked<CardCycle> cycle = CardCycle::make(shownCard().cycle);
+    if (!cycle) {
+        ui->lblCardCycle->setText(qText(cycle.refusal()));
+        return;
+    }
+    const CardPeriod next = cycle->nextWithdrawal(householdToday());
+    ui->lblCardCycle->setText(qText(cardCycleLabel(cycle->setting())) + QStringLiteral("\n次の引落: ") +
+                              dayWithWeekday(next.withdrawal) + QStringLiteral("（") +
+                              qText(periodLabel(next.purchases)) + QStringLiteral("分）"));
+}
+
+void PrefsSisanViewController::btnCardOK()
+{
+    if (!preparedSisanOrSay(kCardUnselected)) return;
+    const Card card = shownCard();
+    bool done = false;
+    if (!ui->chkCardUse->isChecked()) {
+        done = !DM.cardOf(card.SisanNo) || DM.cardDelete(card.SisanNo);
+    } else if (card.PayingSisanNo == 0) {
+        ui->cmbCardPayingSisan->setStyleSheet(kRedCombo);
+        ui->cmbCardPayingSisan->setFocus();
+        messageService().someMessageWithAlert(kPayingMissing, QStringLiteral("information"));
+        return;
+    } else {
+        done = DM.cardUpdate(card, householdToday());
+    }
+    if (!done) return;
+    std::erase(cardsToAskPaying, card.SisanNo);
+    sisanKoumokuChangedSw = true;
+    hideCardBox();
+    askForPayingAsset();
+}
+
+void PrefsSisanViewController::btnCardCancel()
+{
+    // A card left without a paying asset stays so; the main window says it.
+    if (preparedSisanId) std::erase(cardsToAskPaying, *preparedSisanId);
+    preparedSisanId.reset();
+    deselect();
+    hideCardBox();
+    askForPayingAsset();
+}
+
+void PrefsSisanViewController::hideCardBox()
+{
+    ui->cardBox->hide();
+    ui->tblSisanKoumoku->setFocus();
+}
+
+void PrefsSisanViewController::askForPayingAsset()
+{
+    while (!cardsToAskPaying.empty()) {
+        const int64_t id = cardsToAskPaying.front();
+        const Sisan* card = findById(DM.sisanList, DM.sisanId2Idx, id);
+        if (!card || !DM.cardOf(id)) {
+            cardsToAskPaying.erase(cardsToAskPaying.begin());
+            continue;
+        }
+        messageService().someMessageWithAlert(
+            QStringLiteral("「%1」の引落口座が削除されました。別の引落口座を選んでください。").arg(q(card->Namae)),
+            QStringLiteral("information"));
+        prepareCardBox(*card, true);
+        return;
+    }
 }

@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <vector>
+
+#include "store/Card.h"
 
 #include "ui/ModalEditor.h"
 
@@ -19,7 +22,9 @@ class PrefsSisanViewController;
 // The modal editor of the asset list: a table of every asset (name and
 // opening amount) and an editing box that a preparing button opens for an
 // add, an edit or a delete; the box's execute button carries it out through
-// the store. When it closes it tells its delegate whether anything changed.
+// the store. A fourth button opens the card box, which marks an asset as a
+// credit card with its cycle. When it closes it tells its delegate whether
+// anything changed.
 class PrefsSisanViewController final : public ModalEditor {
     Q_OBJECT
 
@@ -44,6 +49,13 @@ public:
     // Forgets the prepared action, clears the selection and hides the box.
     void btnSisanKoumokuCancel();
     void btnSisanModalClose();
+    // The card box of the selected asset: whether it is a credit card, its
+    // closing and withdrawal days, the months between them, the holiday
+    // rule and the asset it is paid from. Its execute button keeps the
+    // setting as one step; a card needs a paying asset other than itself.
+    void btnSisanKoumokuCard();
+    void btnCardOK();
+    void btnCardCancel();
 
     int64_t syoriNo() const { return sisanKoumokuSyoriNo; }
     bool changed() const { return sisanKoumokuChangedSw; }
@@ -90,4 +102,18 @@ private:
     // After Ctrl+Z or a redo of one of this editor's steps: the table shows
     // the result with the asset it put back or changed selected.
     void showUndone(const StepFocus& focus);
+
+    // Cards.
+    // Cards whose paying asset was just deleted: each asks for another.
+    std::vector<int64_t> cardsToAskPaying;
+    void fillCardCombos();
+    // Shows the card box for the asset, filled from its card or with the
+    // usual cycle; with askPaying the paying asset is left to choose, marked.
+    void prepareCardBox(const Sisan& sisan, bool askPaying);
+    void cardFieldsChanged();
+    // The card as the box holds it, for the asset the box was prepared for.
+    Card shownCard() const;
+    // Asks for a new paying asset for the next card that lost its own.
+    void askForPayingAsset();
+    void hideCardBox();
 };

@@ -10,7 +10,7 @@ namespace {
 
 // The first and last date of the entry rows that `take` accepts, widened by `days`.
 template <typename Take>
-DateRange rangeOf(const StatementFile& s, int days, Take take)
+ImportDateRange rangeOf(const StatementFile& s, int days, Take take)
 {
     ImportDate first, last;
     for (const StatementRow& r : s.rows) {
@@ -37,12 +37,12 @@ const ContextHimoku* ImportContext::himoku(int64_t id) const
     return it == himokus.end() ? nullptr : &*it;
 }
 
-DateRange sameAssetRange(const StatementFile& statement, const MatchWindows& windows)
+ImportDateRange sameAssetRange(const StatementFile& statement, const MatchWindows& windows)
 {
     return rangeOf(statement, std::max(windows.nearDays, windows.pairDays), [](const StatementRow&) { return true; });
 }
 
-DateRange transferRange(const StatementFile& statement, const MatchWindows& windows)
+ImportDateRange transferRange(const StatementFile& statement, const MatchWindows& windows)
 {
     return rangeOf(statement, windows.pairDays,
                    [](const StatementRow& r) { return r.transfer != TransferHint::None; });
@@ -56,14 +56,15 @@ bool loadImportContext(DataModel& dm, const StatementFile& statement, int64_t si
     for (const auto& h : dm.himokuList)
         if (h->Ucount == 0) context.himokus.push_back({h->Id, h->SyubetuNo, h->Namae});
     if (!dm.readImportAssignments(context.assignments) || !dm.readImportAccounts(context.accounts) ||
-        !dm.findImportRecord(statement.sha256, context.sameFile))
+        !dm.findImportRecord(statement.sha256, context.sameFile) ||
+        !readCardStatementPeriod(dm, statement, sisanId, context.cardPeriod))
         return false;
-    if (const DateRange same = sameAssetRange(statement); !same.from.empty()) {
+    if (const ImportDateRange same = sameAssetRange(statement); !same.from.empty()) {
         if (!dm.readImportWindow(sisanId, same.from, same.to, context.sameAsset)) return false;
     }
     // Only rows that look like money between own assets are paired, so only
     // their dates need the other assets' entries.
-    if (const DateRange pairing = transferRange(statement); !pairing.from.empty()) {
+    if (const ImportDateRange pairing = transferRange(statement); !pairing.from.empty()) {
         std::vector<ImportBookRow> rows;
         for (const ContextSisan& other : context.sisans) {
             if (other.id == sisanId) continue;

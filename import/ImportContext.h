@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "import/CardStatementCheck.h"
 #include "import/Matching.h"
 #include "store/ImportRecords.h"
 
@@ -36,6 +38,8 @@ struct ImportContext {
     std::vector<ImportBookRow> otherAssets;
     // The newest import of a file with the same bytes (id 0 when none).
     ImportRecordRow sameFile;
+    // For a card asset: the period the statement bills, as the book has it.
+    std::optional<CardStatementPeriod> cardPeriod;
 
     const ContextSisan* sisan(int64_t id) const;
     const ContextHimoku* himoku(int64_t id) const;
@@ -43,11 +47,11 @@ struct ImportContext {
 
 // The date range the matching needs around the rows: the statement's first
 // and last date widened by the matching windows.
-struct DateRange {
+struct ImportDateRange {
     std::string from, to;  // yyyy-MM-dd; both empty when no row has a date
 };
-DateRange sameAssetRange(const StatementFile& statement, const MatchWindows& windows = {});
-DateRange transferRange(const StatementFile& statement, const MatchWindows& windows = {});
+ImportDateRange sameAssetRange(const StatementFile& statement, const MatchWindows& windows = {});
+ImportDateRange transferRange(const StatementFile& statement, const MatchWindows& windows = {});
 
 // Reads the context of importing the statement into the asset. False after
 // the store's message.

@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QSignalBlocker>
 
+#include "import/CardStatementCheck.h"
 #include "import/ImportPlan.h"
 #include "import/ImportPreviewModel.h"
 #include "import/Matching.h"
@@ -213,6 +214,9 @@ void ImportPreviewDialog::refreshSummary()
                 .arg(s.imported)
                 .arg(groupedKingaku(s.income), groupedKingaku(s.expense));
     if (s.unassigned > 0) text += QStringLiteral("　費目・振替先の未設定 %1行").arg(s.unassigned);
+    // A card's statement against its period in the book, as the ticks leave it.
+    if (const std::optional<CardStatementPeriod>& card = plan->context().cardPeriod)
+        text += u'\n' + q(checkCardStatement(*plan, *card).message(card->period));
     ui->lblImportSummary->setText(text);
 }
 

@@ -12,6 +12,7 @@
 #include <QtConcurrent/QtConcurrentRun>
 
 #include "import/AssetChoice.h"
+#include "import/CardStatementCheck.h"
 #include "import/ImportMappingDialog.h"
 #include "import/ImportPlan.h"
 #include "import/ImportPreviewDialog.h"
@@ -28,6 +29,15 @@ constexpr int kProgressDelayMs = 400;
 QString q(const std::string& text)
 {
     return QString::fromStdString(text);
+}
+
+// For a card asset, the statement against the card's period with the rows
+// written: "\n　カードの…締め…差額 0円"; "" for other assets.
+QString cardCheckLine(const ImportPlan& plan)
+{
+    const std::optional<CardStatementPeriod>& card = plan.context().cardPeriod;
+    if (!card) return {};
+    return QStringLiteral("\n　") + q(checkCardStatement(plan, *card).message(card->period));
 }
 
 // Runs work on a worker thread and then done(result) on the importer's thread.
@@ -266,7 +276,8 @@ void StatementImporter::write()
                 .arg(s.read)
                 .arg(outcome.itemIds.size())
                 .arg(s.already)
-                .arg(s.refused),
+                .arg(s.refused) +
+                cardCheckLine(plan),
             true);
 }
 

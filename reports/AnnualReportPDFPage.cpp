@@ -25,10 +25,10 @@ constexpr double kAmountRightInset = 3;
 
 AnnualReportPDFPage::AnnualReportPDFPage(std::string nendo, std::vector<std::string> names,
                                          std::vector<std::vector<int64_t>> data, int rowOffsetOfIncomeTotal,
-                                         int rowOffsetOfSpenddingTotal, DateStamp dateStamp)
+                                         int rowOffsetOfSpenddingTotal, DateStamp dateStamp, std::string monthsNote)
     : nendo(std::move(nendo)), names(std::move(names)), data(std::move(data)),
       rowOffsetOfIncomeTotal(rowOffsetOfIncomeTotal), rowOffsetOfSpenddingTotal(rowOffsetOfSpenddingTotal),
-      dateStamp(std::move(dateStamp))
+      monthsNote(std::move(monthsNote)), dateStamp(std::move(dateStamp))
 {
 }
 
@@ -93,6 +93,13 @@ void AnnualReportPDFPage::drawTableData(PageCanvas& canvas) const
 {
     const std::string title = nendo + " 年度\u3000レポート\u3000" + (dateStamp ? dateStamp() : std::string());
     canvas.drawText(title, makeRect(pageHeight, titlePos.x, titlePos.y, 300, 30), kTitleFont);
+    // The household months beside the title, from its end to the frame's right edge.
+    if (!monthsNote.empty()) {
+        const double noteX = titlePos.x + 310;
+        const int noteWidth = static_cast<int>(rcPoint(0, kLastEdge).x - noteX);
+        canvas.drawText(monthsNote, makeRect(pageHeight, noteX, titlePos.y, noteWidth, 30), kTableFont,
+                        TextFit::ShrinkLeft);
+    }
 
     canvas.drawText(" 名\u3000称", cellRect(1, 0, nameWidth), kTableFont);
     for (int m = 1; m <= 12; ++m) {
@@ -127,7 +134,8 @@ int offsetOn(int lineRow, int lo, int hi)
 
 std::vector<std::unique_ptr<AnnualReportPDFPage>> annualReportPages(const std::string& nendo,
                                                                     const AnnualReportRows& rows,
-                                                                    const DateStamp& dateStamp)
+                                                                    const DateStamp& dateStamp,
+                                                                    const std::string& monthsNote)
 {
     const int n = static_cast<int>(rows.names.size());
     const int a = rows.incomeRows + 2;
@@ -139,7 +147,7 @@ std::vector<std::unique_ptr<AnnualReportPDFPage>> annualReportPages(const std::s
         pages.push_back(std::make_unique<AnnualReportPDFPage>(
             nendo, std::vector<std::string>(rows.names.begin() + lo, rows.names.begin() + hi),
             std::vector<std::vector<int64_t>>(rows.data.begin() + lo, rows.data.begin() + hi), offsetOn(a, lo, hi),
-            offsetOn(b, lo, hi), dateStamp));
+            offsetOn(b, lo, hi), dateStamp, monthsNote));
     }
     return pages;
 }

@@ -11,7 +11,7 @@
 struct AnnualReportRows;
 
 // One landscape A4 page of the annual report: the title with the date
-// stamp, a frame of 25 rows (the heading and 24 data rows), the headings,
+// stamp (and beside it the household months, when they are the columns), a frame of 25 rows (the heading and 24 data rows), the headings,
 // up to 24 labelled rows of 12 months and the year, and a thin line under
 // each total row that falls on the page. Every label and amount lies inside
 // its own cell, whole, in a smaller size when the cell is too narrow.
@@ -35,9 +35,14 @@ public:
     // that total is not on the page.
     const int rowOffsetOfIncomeTotal;
     const int rowOffsetOfSpenddingTotal;
+    // Which months the columns are when they are the household's own
+    // ("月の始まり: 25日（土日祝は前営業日）　2025年12月25日〜2026年12月24日"),
+    // printed right of the title; empty for calendar months.
+    const std::string monthsNote;
 
     AnnualReportPDFPage(std::string nendo, std::vector<std::string> names, std::vector<std::vector<int64_t>> data,
-                        int rowOffsetOfIncomeTotal, int rowOffsetOfSpenddingTotal, DateStamp dateStamp);
+                        int rowOffsetOfIncomeTotal, int rowOffsetOfSpenddingTotal, DateStamp dateStamp,
+                        std::string monthsNote = {});
 
     // The top-down corner of grid row `row` (0 to 25) and column edge `col`
     // (0 to 14), plus the paddings. Another column prints "error in rcPoint"
@@ -64,4 +69,5 @@ private:
 // page told where the lines under the two totals fall on it.
 std::vector<std::unique_ptr<AnnualReportPDFPage>> annualReportPages(const std::string& nendo,
                                                                     const AnnualReportRows& rows,
-                                                                    const DateStamp& dateStamp);
+                                                                    const DateStamp& dateStamp,
+                                                                    const std::string& monthsNote = {});

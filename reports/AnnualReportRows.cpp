@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "household/HouseholdLabels.h"
 #include "store/DataModel.h"
 
 namespace {
@@ -30,4 +31,11 @@ AnnualReportRows annualReportRows(const DataModel& dm)
     rows.expenseRows = appendPairs(rows, dm.annualOutNameList, dm.annualOutDataList);
     appendPairs(rows, totalNames, totals, 1, 2);
     return rows;
+}
+
+std::string annualMonthsNote(const DataModel& dm, const std::string& nen)
+{
+    const HouseholdMonths& months = dm.householdMonths;
+    if (months.isCalendarMonths() || nen.empty()) return {};
+    return householdMonthSettingLabel(months.setting()) + "\u3000" + periodLabel(months.year(std::stoi(nen)), true);
 }

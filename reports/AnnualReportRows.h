@@ -18,3 +18,9 @@ struct AnnualReportRows {
 };
 
 AnnualReportRows annualReportRows(const DataModel& dm);
+
+// Which months the columns of household year `nen` are, when the book's
+// household months start on a day other than the 1st: the setting and the
+// year's days ("月の始まり: 25日（土日祝は前営業日）　2025年12月25日〜2026年12月24日");
+// empty for calendar months. The exports print it beside their date.
+std::string annualMonthsNote(const DataModel& dm, const std::string& nen);

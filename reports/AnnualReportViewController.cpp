@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "charts/AnnualChartsView.h"
+#include "household/HouseholdLabels.h"
 #include "reports/AnnualReportPDFPage.h"
 #include "reports/AnnualReportRows.h"
 #include "reports/PdfDocument.h"
@@ -79,6 +80,7 @@ void AnnualReportViewController::viewDidLoad()
     ui->chartsLayout->addWidget(charts);
     ui->btnCSV->setEnabled(false);
     ui->btnPDF->setEnabled(false);
+    showMonthSetting();
     connect(ui->cmbYears, &QComboBox::currentIndexChanged, this, &AnnualReportViewController::comboBoxSelectionDidChange);
     connect(ui->btnCSV, &QPushButton::clicked, this, &AnnualReportViewController::btnCSV);
     connect(ui->btnPDF, &QPushButton::clicked, this, &AnnualReportViewController::btnPDF);
@@ -217,7 +219,17 @@ void AnnualReportViewController::comboBoxSelectionDidChange()
     if (!yearComputed) return;
     for (ListTableModel* model : tableModels) model->reload();
     fitColumns();
-    charts->showYear(DM.yearsList[static_cast<size_t>(index)]);
+    const std::string& year = DM.yearsList[static_cast<size_t>(index)];
+    charts->showYear(year, annualMonthsNote(DM, year));
+    showMonthSetting();
+}
+
+void AnnualReportViewController::showMonthSetting()
+{
+    const auto year = exportableYear();
+    const std::string note = year ? annualMonthsNote(DM, *year) : std::string();
+    ui->lblMonthSetting->setText(
+        QString::fromStdString(note.empty() ? householdMonthSettingLabel(DM.householdMonths.setting()) : note));
 }
 
 std::optional<std::string> AnnualReportViewController::exportableYear() const
@@ -231,8 +243,10 @@ void AnnualReportViewController::btnCSV()
 {
     const auto year = exportableYear();
     if (!year) return;
-    saveReportCsv(annualReportCsv(*year, reportDateStamp(), DM), proposedName(*year),
-                  "annual report csv write error \n");
+    // Household months are named in the date field; calendar months leave it as it was.
+    const std::string note = annualMonthsNote(DM, *year);
+    const std::string dateField = reportDateStamp() + (note.empty() ? "" : "\u3000" + note);
+    saveReportCsv(annualReportCsv(*year, dateField, DM), proposedName(*year), "annual report csv write error \n");
 }
 
 void AnnualReportViewController::btnPDF()
@@ -241,6 +255,7 @@ void AnnualReportViewController::btnPDF()
     if (!year) return;
     PdfDocument document;
     size_t index = 0;
-    for (auto& page : annualReportPages(*year, annualReportRows(DM), reportDateStamp)) document.insertPage(std::move(page), index++);
+    for (auto& page : annualReportPages(*year, annualReportRows(DM), reportDateStamp, annualMonthsNote(DM, *year)))
+        document.insertPage(std::move(page), index++);
     saveReportPdf(document, proposedName(*year));
 }

@@ -18,8 +18,10 @@ class AnnualReportViewController;
 // The annual report: a year picked among those with entries, its income,
 // expense and summary tables (columns "00" label, "01" to "12" months, "13"
 // the year, told apart by the tables' tag: 0 income, 1 expense, 2 summary),
-// and the exports as CSV and PDF. It shows the store's annual lists, which
-// only this window changes; the main window runs it modally.
+// and the exports as CSV and PDF. The year and its months are the
+// household's own when the book's months start on a day other than the 1st;
+// the window says which. It shows the store's annual lists, which only this
+// window changes; the main window runs it modally.
 class AnnualReportViewController final : public QDialog {
     Q_OBJECT
 
@@ -65,4 +67,7 @@ private:
     void fitColumns();
     // The year whose figures the tables show, when one is picked and computed.
     std::optional<std::string> exportableYear() const;
+    // Says which months the columns are: the book's month setting and, for
+    // household months, the days of the year shown.
+    void showMonthSetting();
 };

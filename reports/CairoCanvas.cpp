@@ -24,6 +24,14 @@ void CairoCanvas::strokeLine(PagePoint from, PagePoint to, double width, double 
     cairo_stroke(cr);
 }
 
+void CairoCanvas::fillRect(const PageRect& rect, PageColor color)
+{
+    cairo_new_path(cr);
+    cairo_set_source_rgb(cr, color.r, color.g, color.b);
+    cairo_rectangle(cr, rect.x, pageHeight - (rect.y + rect.h), rect.w, rect.h);
+    cairo_fill(cr);
+}
+
 const CairoCanvas::SizedLayout& CairoCanvas::layoutFor(const PageFont& font)
 {
     // Every role the pages name is "Helvetica"; its faces come from ReportFonts.

@@ -24,6 +24,7 @@ public:
 
     void strokeLine(PagePoint from, PagePoint to, double width, double grey) override;
     void drawText(const std::string& text, const PageRect& rect, const PageFont& font, TextFit fit) override;
+    void fillRect(const PageRect& rect, PageColor color) override;
 
 private:
     cairo_t* cr;

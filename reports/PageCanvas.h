@@ -28,6 +28,14 @@ struct PageFont {
     bool operator==(const PageFont&) const = default;
 };
 
+// A colour of a filled area, each part from 0 to 1.
+struct PageColor {
+    double r = 0;
+    double g = 0;
+    double b = 0;
+    bool operator==(const PageColor&) const = default;
+};
+
 // How a text sits in its rectangle (PDF space).
 enum class TextFit {
     // Lines from the rectangle's top-left corner, wrapped at its width;
@@ -51,4 +59,6 @@ public:
     // Lays black text out in the rectangle (PDF space) from its top edge.
     virtual void drawText(const std::string& text, const PageRect& rect, const PageFont& font,
                           TextFit fit = TextFit::Wrap) = 0;
+    // Fills the rectangle (PDF space) with the colour (a bar of a chart).
+    virtual void fillRect(const PageRect& rect, PageColor color) = 0;
 };

@@ -22,8 +22,15 @@ public:
         bool operator==(const Text&) const = default;
     };
 
+    struct Fill {
+        PageRect rect;
+        PageColor color;
+        bool operator==(const Fill&) const = default;
+    };
+
     std::vector<Line> lines;
     std::vector<Text> texts;
+    std::vector<Fill> fills;
 
     void strokeLine(PagePoint from, PagePoint to, double width, double grey) override
     {
@@ -33,4 +40,5 @@ public:
     {
         texts.push_back({text, rect, font, fit});
     }
+    void fillRect(const PageRect& rect, PageColor color) override { fills.push_back({rect, color}); }
 };

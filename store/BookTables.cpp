@@ -1,5 +1,6 @@
 #include "store/BookTables.h"
 
+#include "store/HouseholdTables.h"
 #include "store/ImportTables.h"
 #include "store/SyncLog.h"
 #include "store/TeikiTables.h"
@@ -61,6 +62,9 @@ const std::vector<TableLayout>& optionalBookTables()
         // The statement import's (ImportTables.h).
         const std::vector<TableLayout>& imports = importBookTables();
         all.insert(all.end(), imports.begin(), imports.end());
+        // The household calendar's (HouseholdTables.h).
+        const std::vector<TableLayout>& household = householdBookTables();
+        all.insert(all.end(), household.begin(), household.end());
         // The recurring entries' (TeikiTables.h).
         for (const TableLayout& t : teikiBookTables()) all.push_back(t);
         // The sync record's (SyncLog.h).

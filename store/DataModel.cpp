@@ -37,6 +37,7 @@ bool DataModel::readBook()
 {
     if (!readFromSisanTable() || !readFromHimokuTable()) return false;
     const bool recomputed = recomputeAllSisanZankin();
+    readHouseholdTables();
     // Pruning writes: while the start's check may still read the book, it
     // waits with the balances' corrections (storePendingZankin).
     if (deferCorrections)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -9,7 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "household/HouseholdMonths.h"
 #include "store/BookValues.h"
+#include "store/Card.h"
 #include "store/Himoku.h"
 #include "store/History.h"
 #include "store/IdIndexMap.h"
@@ -22,6 +25,7 @@
 #include "store/Statement.h"
 #include "store/Teiki.h"
 #include "store/Transaction.h"
+#include "store/Yosan.h"
 
 struct sqlite3;
 class ItemsArena;
@@ -361,6 +365,68 @@ public:
     // On a failure the history is left as it was.
     bool sisanHistoryFromItemsTable(int64_t nen, int64_t tuki);
 
+    // ---- household months, cards and budgets ---------------------------------
+    // The book's household months (table BookSettings), cards (CardCycles,
+    // CardSettlements) and budgets (Yosan) are read at the start and again
+    // by each write of them. A book without these tables reads as calendar
+    // months, no cards and no budgets; its first such write creates them.
+    HouseholdMonths householdMonths;
+    std::vector<Card> cardList;    // in SisanNo order
+    std::vector<Yosan> yosanList;  // in HimokuNo, then Tuki order
+    bool readHouseholdTables();
+    // Keeps the setting in the book as one step; a start day of 29 to 31 (or
+    // another setting that cannot work) is refused with its message.
+    bool updateHouseholdMonthSetting(const HouseholdMonthSetting& setting);
+    // The household year's figures (annualInOutFromItemsTable) and the
+    // household years with entries (readYearsFromItemsTable) follow the
+    // setting; with calendar months they are the calendar's.
+
+    // The card of an asset, or nullptr.
+    const Card* cardOf(int64_t sisanId) const;
+    // The cards that draw on this asset.
+    std::vector<const Card*> cardsPaidFrom(int64_t sisanId) const;
+    // Marks the asset as a card or changes its card, in one step; a cycle
+    // that cannot work is refused with its message. Periods withdrawn before
+    // today are taken as settled (recorded by hand before): a new card, or a
+    // changed cycle, follows its settlements from the next withdrawal on.
+    bool cardUpdate(const Card& card, const Date& today);
+    // Makes the asset an ordinary asset again (one step); its settlements stay noted.
+    bool cardDelete(int64_t sisanId);
+    // What the card's entries dated within `purchases` come to: expenses and
+    // transfers out of it, less refunds (income on it).
+    bool cardPeriodKingaku(int64_t sisanId, const DateRange& purchases, int64_t& kingaku);
+    // Where the card stands today: its due settlements, its next withdrawal
+    // and its open period, with what each comes to.
+    bool cardOutlookOf(int64_t sisanId, const Date& today, CardOutlook& outlook);
+    // Settles a period in one step: the transfer of kingaku from the paying
+    // asset to the card on hizuke (note bikou), noted as the period's
+    // settlement so that it is never offered again; the balances of both
+    // assets follow and the shown ledger is re-read.
+    bool cardSettlementInsert(int64_t sisanId, const YearMonth& closingMonth, const std::string& hizuke,
+                              int64_t kingaku, const std::string& bikou);
+    // Notes a period as settled without a transfer (recorded some other way).
+    bool cardSettlementMark(int64_t sisanId, const YearMonth& closingMonth, int64_t kingaku);
+
+    // The budget of a category, sub-item or the total (kYosanTotal) for month
+    // tuki (1 to 12) of the year: that month's own amount, else the
+    // every-month amount, else none.
+    std::optional<int64_t> yosanOf(int64_t himokuNo, int64_t tuki) const;
+    // Replaces the budget of one category, sub-item or the total, in one
+    // step: the every-month amount and the months that differ from it (none:
+    // no amount). Amounts are refused as the asset editor refuses them.
+    bool yosanReplace(int64_t himokuNo, std::optional<int64_t> everyMonth,
+                      const std::array<std::optional<int64_t>, 12>& months);
+    // The budget against the spending of household month `month` (1 to 12)
+    // of household year `year`, or of the whole year with month 0: the
+    // expense categories in tree order, each followed by its sub-items that
+    // have a budget of their own, and last the total. A category covers its
+    // sub-items; the total's budget is the month's total budget, else the
+    // sum of the categories' (a category without one counting its
+    // sub-items'). One grouped read of the period's entries.
+    bool yosanJissekiOf(int year, int month, std::vector<YosanRow>& rows);
+    // The total budget and the total spending of each household month of the year.
+    bool yosanMonthlyOf(int year, std::array<std::optional<int64_t>, 12>& yosan, std::array<int64_t, 12>& jisseki);
+
     // ---- search ----------------------------------------------------------------
     // The search index (SearchIndex.h) is made when the book is opened and
     // follows the entries in every recorded step, an undo or a redo included,
@@ -513,6 +579,42 @@ private:
                         std::vector<std::vector<int64_t>>& data);
     void clearItemList();
     std::shared_ptr<ItemsArena> emptyItemsArena();
+
+    // Household months, cards and budgets.
+    // The sums of the expenses (kind 1, Syukkin) and, with income, incomes
+    // (kind 2, Nyuukin) per sub-item in each of consecutive date ranges: one
+    // grouped read over the listed assets' entries of the whole span.
+    struct RangeSum {
+        int64_t syubetuNo;
+        int64_t himokuNo;
+        size_t range;  // position in ranges
+        int64_t kingaku;
+    };
+    bool readRangeSums(const std::vector<DateRange>& ranges, bool withIncome, std::vector<RangeSum>& sums);
+    // The Ids of sisanList as a list for IN (...): with them a range of dates
+    // is read through the (SisanNo, Hizuke) index, one short run per asset.
+    // Entries of an asset no longer listed are left out, as in the balances.
+    std::string listedSisanIds() const;
+    bool householdTablesPresent();
+    // Creates the household tables in the write transaction open on db.
+    bool createHouseholdTablesOrReport();
+    bool readBookSettings();
+    bool readFromCardTable();
+    bool readFromYosanTable();
+    // The closing months of the card's settled periods from `from` on: those
+    // with their transfer still in the book, and those noted without one.
+    bool readSettledMonths(int64_t sisanId, const YearMonth& from, std::vector<YearMonth>& months);
+    bool insertSettlementRow(int64_t sisanId, const YearMonth& closingMonth, std::optional<int64_t> itemId,
+                             int64_t kingaku);
+    // In the transaction of an asset's or a category's deletion: the rows of
+    // the household tables that belong to it.
+    bool deleteCardRowsOf(int64_t sisanId);
+    bool deleteYosanOf(const std::vector<int64_t>& himokuIds);
+    // The month's total budget: its own, else the categories' added up.
+    std::optional<int64_t> totalYosanOf(int64_t tuki) const;
+    // The household year's figures from date-range sums (annualInOutFromItemsTable).
+    bool annualOfHouseholdYear(int year);
+    bool readHouseholdYears();
 
     // Recurring entries.
     void clearTeikiList();

@@ -1,5 +1,7 @@
-// DataModel: the annual aggregation behind the annual report.
+// DataModel: the annual aggregation behind the annual report, by calendar
+// months or by the household's own months.
 #include "store/DataModel.h"
+#include "store/FindById.h"
 
 namespace {
 
@@ -36,6 +38,17 @@ void addInto(std::vector<int64_t>& total, const std::vector<std::vector<int64_t>
         for (size_t c = 0; c < kCells; ++c) total[c] += row[c];
 }
 
+// The summary rows of a year: income total, expense total, balance.
+std::vector<std::vector<int64_t>> totalsOf(const std::vector<std::vector<int64_t>>& in,
+                                           const std::vector<std::vector<int64_t>>& out)
+{
+    std::vector<std::vector<int64_t>> totals(3, std::vector<int64_t>(kCells, 0));
+    addInto(totals[0], in);
+    addInto(totals[1], out);
+    for (size_t c = 0; c < kCells; ++c) totals[2][c] = totals[0][c] - totals[1][c];
+    return totals;
+}
+
 }  // namespace
 
 bool DataModel::readYearsFromItemsTable()
@@ -48,7 +61,7 @@ bool DataModel::readYearsFromItemsTable()
                   [&] { years.push_back(std::to_string(stmt.columnInt(0))); }))
         return false;
     yearsList = std::move(years);
-    return true;
+    return householdMonths.isCalendarMonths() || readHouseholdYears();
 }
 
 bool DataModel::readAnnualSide(const std::string& nen, const char* column, int kind, const char* prepareMessage,
@@ -76,6 +89,7 @@ bool DataModel::readAnnualSide(const std::string& nen, const char* column, int k
 
 bool DataModel::annualInOutFromItemsTable(const std::string& nen)
 {
+    if (!householdMonths.isCalendarMonths() && isYearText(nen)) return annualOfHouseholdYear(std::stoi(nen));
     if (!readAnnualSide(nen, "Nyuukin", kSyubetuSyuunyuu, "error prepare select annual income of nen from item: ",
                         "error step select annual income of nen from item: ", annualInNameList, annualInDataList))
         return false;
@@ -83,10 +97,61 @@ bool DataModel::annualInOutFromItemsTable(const std::string& nen)
                         "error step select annual spending of nen from item: ", annualOutNameList,
                         annualOutDataList))
         return false;
-    annualTotalDataList.assign(3, std::vector<int64_t>(kCells, 0));
-    addInto(annualTotalDataList[0], annualInDataList);
-    addInto(annualTotalDataList[1], annualOutDataList);
-    for (size_t c = 0; c < kCells; ++c)
-        annualTotalDataList[2][c] = annualTotalDataList[0][c] - annualTotalDataList[1][c];
+    annualTotalDataList = totalsOf(annualInDataList, annualOutDataList);
+    return true;
+}
+
+bool DataModel::readHouseholdYears()
+{
+    // A household year overlaps the calendar year of its name and one
+    // beside it: the candidates are the years around those with entries, and
+    // a candidate is listed when entries fall within its months.
+    std::vector<int> candidates;
+    for (const std::string& nen : yearsList)
+        for (int year = std::stoi(nen) - 1; year <= std::stoi(nen) + 1; ++year)
+            if (candidates.empty() || candidates.back() < year) candidates.push_back(year);
+    std::vector<std::string> years;
+    for (int year : candidates) {
+        const DateRange range = householdMonths.year(year);
+        bool any = false;
+        if (!prepare("SELECT 1 FROM Items WHERE SisanNo IN (" + listedSisanIds() + ") AND Hizuke BETWEEN '" +
+                         range.first.iso() + "' AND '" + range.last.iso() + "' LIMIT 1",
+                     "error prepare select distinct nen from item: ", "stop the app") ||
+            !readRows("error step select distinct nen from item: ", "stop the app", [&] { any = true; }))
+            return false;
+        if (any) years.push_back(std::to_string(year));
+    }
+    yearsList = std::move(years);
+    return true;
+}
+
+bool DataModel::annualOfHouseholdYear(int year)
+{
+    const std::array<DateRange, 12> months = householdMonths.monthsOfYear(year);
+    std::vector<RangeSum> sums;
+    if (!readRangeSums({months.begin(), months.end()}, true, sums)) return false;
+    std::vector<std::string> names[2];
+    std::vector<std::vector<int64_t>> data[2];
+    // The sums come by kind, then sub-item, then month: one row per sub-item
+    // of the tree, in the order of their Ids, as the calendar year's rows.
+    int64_t lastKind = 0, lastHimoku = 0;
+    for (const RangeSum& sum : sums) {
+        const Himoku* himoku = findById(himokuList, himokuId2Idx, sum.himokuNo);
+        if (!himoku) continue;  // entries of no sub-item of the tree make no row
+        const size_t side = sum.syubetuNo == kSyubetuSyuunyuu ? 0 : 1;
+        if (sum.syubetuNo != lastKind || sum.himokuNo != lastHimoku) {
+            names[side].push_back(himoku->Namae);
+            data[side].emplace_back(kCells, 0);
+            lastKind = sum.syubetuNo;
+            lastHimoku = sum.himokuNo;
+        }
+        data[side].back()[sum.range] += sum.kingaku;
+        data[side].back()[kCells - 1] += sum.kingaku;
+    }
+    annualInNameList = std::move(names[0]);
+    annualInDataList = std::move(data[0]);
+    annualOutNameList = std::move(names[1]);
+    annualOutDataList = std::move(data[1]);
+    annualTotalDataList = totalsOf(annualInDataList, annualOutDataList);
     return true;
 }

@@ -179,6 +179,7 @@ bool DataModel::deleteUtiwakeHimoku(int64_t id, int64_t hno, int64_t ucount)
         if (!runWrite("DELETE FROM Items WHERE HimokuNo=" + ids, "error preparing delete items from utiwake: ",
                       "information", "failure delete items  from himoku: "))
             return false;
+        if (!deleteYosanOf({id})) return false;
         if (!commitStep(step)) return false;
     }
     return rereadAfterHimokuDelete();
@@ -201,6 +202,9 @@ bool DataModel::deleteHimokuHimoku(int64_t himokuid, const std::vector<int64_t>&
                           "failure delet  items from himoku delete: "))
                 return false;
         }
+        std::vector<int64_t> budgeted = utiwakeids;
+        budgeted.push_back(himokuid);
+        if (!deleteYosanOf(budgeted)) return false;
         if (!commitStep(step)) return false;
     }
     return rereadAfterHimokuDelete();
@@ -209,5 +213,5 @@ bool DataModel::deleteHimokuHimoku(int64_t himokuid, const std::vector<int64_t>&
 bool DataModel::rereadAfterHimokuDelete()
 {
     if (!readFromHimokuTable() || !rereadShownItems()) return false;
-    return readFromSisanTable();
+    return readFromSisanTable() && readFromYosanTable();
 }

@@ -347,9 +347,10 @@ bool DataModel::sisanDeleteWithItems(int64_t id)
         if (!runWrite("DELETE FROM Sisan WHERE Id=" + std::to_string(id), "error preparing delete sisan: ",
                       "information", "failure deletin from sisan: "))
             return false;
+        if (!deleteCardRowsOf(id)) return false;
         if (!commitStep(step)) return false;
     }
-    return rereadShownItems() && readFromSisanTable();
+    return rereadShownItems() && readFromSisanTable() && readFromCardTable();
 }
 
 bool DataModel::deleteItemsOfSisan(int64_t sisanId)

@@ -192,6 +192,8 @@ bool DataModel::replay(int64_t historyId, HistoryKind kind, StepFocus* focus)
         step.setSummary(sisanNamesOf(digest), digest.changes, digest.deletes);
         if (!commitStep(step)) return false;
     }
+    // The household months, cards and budgets follow whatever the step put back.
+    if (!readHouseholdTables()) return false;
     return showEffects(digest, shownSisanId, exact, zankinBefore, focus);
 }
 

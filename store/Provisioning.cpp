@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "store/History.h"
+#include "store/HouseholdTables.h"
 #include "store/ImportTables.h"
 #include "store/SyncLog.h"
 #include "store/TeikiTables.h"
@@ -68,6 +69,13 @@ bool addHistory(sqlite3* db, std::string* error)
            (createSyncTables(db) || fail(error, std::string(sqlite3_errmsg(db)) + ": the sync tables"));
 }
 
+// The household tables live in the book; a book of an earlier version gets
+// them, empty, when it is opened.
+bool addHouseholdTables(sqlite3* db, std::string* error)
+{
+    return createHouseholdTables(db) || fail(error, std::string(sqlite3_errmsg(db)) + ": the household tables");
+}
+
 // The statement import's tables; a book of an earlier version gets them
 // when it is opened.
 bool addImportTables(sqlite3* db, std::string* error)
@@ -86,7 +94,7 @@ bool buildSchema(sqlite3* db, std::string* error)
 {
     return runAll(db, std::begin(kSchema), std::end(kSchema), error) &&
            runAll(db, std::begin(kIndexes), std::end(kIndexes), error) && addHistory(db, error) &&
-           addImportTables(db, error) && addTeikiTables(db, error);
+           addImportTables(db, error) && addHouseholdTables(db, error) && addTeikiTables(db, error);
 }
 
 bool insertCategory(sqlite3* db, int kind, const char* name, std::string* error)
@@ -169,7 +177,7 @@ bool provisionBook(const std::string& path, std::string* error)
     if (sqlite3_open_v2(database.c_str(), &c.db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK)
         return fail(error, "cannot open " + database.string() + ": " + sqlite3_errmsg(c.db));
     return runAll(c.db, std::begin(kIndexes), std::end(kIndexes), error) && addHistory(c.db, error) &&
-           addImportTables(c.db, error) && addTeikiTables(c.db, error);
+           addImportTables(c.db, error) && addHouseholdTables(c.db, error) && addTeikiTables(c.db, error);
 }
 
 bool createEmptyDatabase(const std::string& path, std::string* error)

@@ -27,6 +27,21 @@ std::string utiwakeStepLabel(const std::string& namae, const char* verb)
     return "内訳『" + namae + "』の" + verb;
 }
 
+std::string settingsStepLabel()
+{
+    return "家計の設定の変更";
+}
+
+std::string yosanStepLabel(const std::string& namae)
+{
+    return "予算『" + namae + "』の変更";
+}
+
+std::string cardStepLabel(const std::string& namae, int64_t kingaku, const char* verb)
+{
+    return "カード『" + namae + "』の引落 " + formatWithGrouping(kingaku) + "円の" + verb;
+}
+
 std::string teikiStepLabel(const std::string& namae, const char* verb)
 {
     return "定期的な支出入『" + namae + "』の" + verb;

@@ -22,6 +22,11 @@ std::string teikiStepLabel(const std::string& namae, const char* verb);
 // when some were skipped (or only "定期的な支出入 1件の見送り").
 std::string teikiKityouStepLabel(size_t posted, size_t skipped);
 
+// The household's own: "家計の設定の変更", "予算『食費』の変更",
+// "カード『楽天カード』の引落 45,600円の記録".
+std::string settingsStepLabel();
+std::string yosanStepLabel(const std::string& namae);
+std::string cardStepLabel(const std::string& namae, int64_t kingaku, const char* verb);
 // A statement's import: "明細『rakuten.csv』12件の取り込み"; a layout the
 // user mapped: "明細の形式『…』の保存".
 std::string importStepLabel(const std::string& fileName, size_t count);

@@ -40,6 +40,26 @@ int64_t fileTimeMs(const fs::path& path)
     return int64_t{info.st_mtim.tv_sec} * 1000 + info.st_mtim.tv_nsec / 1000000;
 }
 
+// Empties a feature's table; a book that never had it is left as it is.
+bool clearIfPresent(sqlite3* db, const std::string& table)
+{
+    Statement exists;
+    if (!exists.prepare(db, "SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?") ||
+        exists.bindText(1, table) != SQLITE_OK)
+        return false;
+    switch (exists.step()) {
+    case Step::Done:
+        return true;
+    case Step::Error:
+        return false;
+    case Step::Row:
+        break;
+    }
+    // The name is one of the program's own, never the user's.
+    Statement clear;
+    return clear.prepare(db, "DELETE FROM " + table) && clear.run();
+}
+
 }  // namespace
 
 BookSync::BookSync(DataModel& dm, std::string machine) : dm_(dm), machine_(std::move(machine)) {}
@@ -136,15 +156,16 @@ bool BookSync::join(const std::string& folderPath, const std::string& pcName, co
     const bool claimed = device.has_value();
     identity.device = claimed ? *device : 0;
     // The snapshot's steps were made on other PCs: kept in the history, off
-    // this PC's undo list. Its notices were shown there. Recurring rules
-    // post on the PC they were made on only (their tables never travel), so
-    // the snapshot's rules are not taken over: two PCs would post each
-    // occurrence twice.
+    // this PC's undo list. Its notices were shown there. Recurring rules and
+    // card cycles post on the PC they were made on only (their tables never
+    // travel), so the snapshot's are not taken over: two PCs would post each
+    // occurrence and each card's settlement twice.
     const bool written = claimed && dm_.runSyncWork([&](sqlite3* db) {
         Statement s;
-        for (const char* sql : {"UPDATE History SET Kind = 5 WHERE Kind <> 5", "DELETE FROM SyncNotice",
-                                "DELETE FROM TeikiKiroku", "DELETE FROM Teiki"})
+        for (const char* sql : {"UPDATE History SET Kind = 5 WHERE Kind <> 5", "DELETE FROM SyncNotice"})
             if (!s.prepare(db, sql) || !s.run()) return false;
+        for (const char* table : {"TeikiKiroku", "Teiki", "CardSettlements", "CardCycles"})
+            if (!clearIfPresent(db, table)) return false;
         return writeSyncIdentity(db, identity);
     });
     if (!written) dm_.runSyncWork(forgetSync);

@@ -13,14 +13,17 @@ QString q(const std::string& text)
 
 }  // namespace
 
-ListTableModel* makeSisanTableModel(const DataModel& dm, QObject* parent)
+ListTableModel* makeSisanTableModel(const DataModel& dm, QObject* parent,
+                                    std::function<QString(int row)> afterWithdrawals)
 {
     const auto sisan = [&dm](int row) -> const Sisan& { return *dm.sisanList[static_cast<size_t>(row)]; };
-    return new ListTableModel(
-        [&dm] { return static_cast<int>(dm.sisanList.size()); },
-        {{"sisanNamae", QStringLiteral("資産名"), false, [sisan](int r) { return q(sisan(r).Namae); }},
-         {"sisanZankin", QStringLiteral("残高"), true, [sisan](int r) { return groupedKingaku(sisan(r).Zankin); }}},
-        {}, parent);
+    std::vector<ListTableModel::Column> columns{
+        {"sisanNamae", QStringLiteral("資産名"), false, [sisan](int r) { return q(sisan(r).Namae); }},
+        {"sisanZankin", QStringLiteral("残高"), true, [sisan](int r) { return groupedKingaku(sisan(r).Zankin); }}};
+    if (afterWithdrawals)
+        columns.push_back({"sisanHikiotosigo", QStringLiteral("引落後"), true, std::move(afterWithdrawals)});
+    return new ListTableModel([&dm] { return static_cast<int>(dm.sisanList.size()); }, std::move(columns), {},
+                              parent);
 }
 
 ListTableModel* makeItemTableModel(const DataModel& dm, QObject* parent)

@@ -57,14 +57,16 @@ protected:
         EXPECT_NE(widget, nullptr) << name;
         return widget;
     }
-    // What a list shows, one line per row, cells separated by "|".
+    // What a list shows, one line per row, cells of its shown columns separated by "|".
     static Rows rowsOf(const QObject* root, const char* table)
     {
-        const QAbstractItemModel* model = in<QTableView>(root, table)->model();
+        const QTableView* view = in<QTableView>(root, table);
+        const QAbstractItemModel* model = view->model();
         Rows rows;
         for (int r = 0; r < model->rowCount(); ++r) {
             QString line;
-            for (int c = 0; c < model->columnCount(); ++c) line += (c ? "|" : "") + model->index(r, c).data().toString();
+            for (int c = 0; c < model->columnCount(); ++c)
+                if (!view->isColumnHidden(c)) line += (c ? "|" : "") + model->index(r, c).data().toString();
             rows.push_back(line.toStdString());
         }
         return rows;

@@ -143,3 +143,19 @@ TEST_F(ImportCommandTest, RefusesWhileTheWindowHasTheBookOpen)
     ASSERT_TRUE(window.waitForFinished(kWaitMs));
     EXPECT_EQ(scalar("SELECT COUNT(*) FROM Items"), 0);
 }
+
+// For a card, a line holds the statement against its period (月末締め翌月27日
+// 引落, here September's): the rows' billed parts (23,770) against the period's
+// ticked rows at full amount less the refund; the August purchase and the
+// transfer candidates left out.
+TEST_F(ImportCommandTest, ACardsStatementIsHeldAgainstItsPeriod)
+{
+    exec("INSERT INTO CardCycles VALUES ((SELECT Id FROM Sisan WHERE Namae = '楽天カード'), 31, 27, 1, 2, 1, 202611)");
+    const QString october = sample("rakuten_card_202610.csv");
+    Outcome dry = zenvora({"--import", october, "--asset", "楽天カード", "--dry-run"});
+    EXPECT_EQ(dry.exitCode, 0) << dry.err;
+    EXPECT_EQ(dry.out, line(october, "layout=rakuten-card read=6 imported=4 already=0 possible_duplicates=0 transfers=2 "
+                                     "refused=0 income=2980 expense=47400") +
+                           "card " + october.toStdString() +
+                           " closing=2026-09-30 withdrawal=2026-10-27 statement=23770 book=32420 difference=-8650\n");
+}

@@ -480,3 +480,43 @@ TEST_F(ImportPreview, UndoingAnImportTakesItsEntriesAndRecordAwaySoTheSameFileIm
     EXPECT_EQ(scalar("SELECT COUNT(*) FROM Items"), 6);
     EXPECT_EQ(scalar("SELECT COUNT(*) FROM ImportRecord"), 1);
 }
+
+// A card's statement is held against the period its latest purchase falls in
+// (here 9月1日〜9月30日, 月末締め翌月27日引落): what the statement charges
+// (each row's part billed this month), and what the book holds for the period
+// with the ticked rows in: the earlier entry, the purchases at their full
+// amount, less the refund while it is ticked; the August row belongs to
+// another period.
+TEST_F(ImportPreview, ACardsStatementIsHeldAgainstItsPeriodInTheBookAndTheDifferenceShown)
+{
+    const int64_t bank = addSisan("普通預金", 0, 0);
+    const int64_t card = addSisan("楽天カード", 0, 0);
+    addEntry(card, "2026-09-20", 1, 2, 1000);
+    addEntry(card, "2026-10-01", 1, 2, 500);
+    exec("INSERT INTO CardCycles VALUES (" + std::to_string(card) + ", 31, 27, 1, 2, " + std::to_string(bank) +
+         ", 202611)");
+    defaults("rakuten-card", 2, 9);
+    start();
+    pressCtrlI({sample("rakuten_card_202610.csv")});
+    ImportPreviewDialog* dialog = chooseSisan(preview(), "楽天カード");
+    const QString counts = QStringLiteral("読み込み 6行：新規 4・取込済み 0・重複の可能性 0・振替候補 2・読めない行 0\n");
+    EXPECT_EQ(text(dialog, "lblImportSummary"),
+              counts + "取り込む行 6行（収入 2,980円、支出 53,400円）\n"
+                       "カードの2026年9月30日締め（9月1日〜9月30日の利用・10月27日引落）: "
+                       "明細の請求 23,770円、取り込み後の帳簿 39,420円、差額 -15,650円");
+    clickRow(dialog, 3);
+    table(dialog)->setFocus();
+    QTest::keyClick(table(dialog), Qt::Key_Space);  // the refund stays out
+    const QString check = QStringLiteral("カードの2026年9月30日締め（9月1日〜9月30日の利用・10月27日引落）: "
+                                         "明細の請求 23,770円、取り込み後の帳簿 42,400円、差額 -18,630円");
+    EXPECT_EQ(text(dialog, "lblImportSummary"), counts + "取り込む行 5行（収入 0円、支出 53,400円）\n" + check);
+
+    enter(dialog);
+    waitUntilDone();
+    EXPECT_EQ(takeMessages(), (Messages{{"「rakuten_card_202610.csv」を資産「楽天カード」に取り込みました: "
+                                         "読み込み 6行・取り込み 5行・取込済み 0行・読めない行 0行\n　" + check.toStdString(),
+                                         "information"}}));
+    EXPECT_EQ(scalar("SELECT TOTAL(Syukkin) - TOTAL(Nyuukin) FROM Items WHERE SisanNo = " + std::to_string(card) +
+                     " AND Hizuke BETWEEN '2026-09-01' AND '2026-09-30'"),
+              42400);
+}

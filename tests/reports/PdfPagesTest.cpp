@@ -15,6 +15,8 @@
 #include "reports/PdfDocument.h"
 #include "reports/RecordingCanvas.h"
 #include "reports/SisanReportPDFPage.h"
+#include "reports/YosanReport.h"
+#include "reports/YosanReportPDFPage.h"
 #include "store/Money.h"
 #include "store/Sisan.h"
 
@@ -374,6 +376,80 @@ TEST(PdfDocumentTest, EveryNameBalanceAndTotalOfTheAssetReportLiesWholeInsideIts
     }
     EXPECT_EQ(totals, (std::map<int, std::string>{{0, "合計-9,223,372,036,854,775,807円"}, {1, "合計-9,223,372,036,854,775,807円"}}));
     std::filesystem::remove(pdf);
+}
+
+// The budget report: 30 rows over two pages, every name and figure whole in
+// its cell, sub-items indented, and per row a bar of its share: blue up to
+// the share, red across the column when over, none without a budget.
+TEST(YosanReportPDFPageTest, RowsLieInTheirCellsAndBarsShowTheShareRedWhenOver)
+{
+    std::vector<YosanRow> rows;
+    for (int r = 0; r < 29; ++r) {
+        YosanRow row;
+        row.name = r % 3 == 1 ? "食費/外食" + std::to_string(r) : "とても長い名前の費目" + std::to_string(r);
+        row.level = r % 3 == 1 ? YosanRow::Level::SubItem : YosanRow::Level::Category;
+        if (r % 4 != 3) row.yosan = kWideFigures[r % std::size(kWideFigures)] < 0 ? 50000 : 2000000000;
+        row.jisseki = r % 2 ? 1234567 : 60000;
+        rows.push_back(row);
+    }
+    rows.push_back({kYosanTotal, "合\u3000計", YosanRow::Level::Total, 100000000, 99999999});
+    auto pages = yosanReportPages("2026年12月分（11月25日〜12月24日）", rows, stamp);
+    ASSERT_EQ(pages.size(), 2u);
+
+    RecordingCanvas first;
+    pages[0]->draw(first);
+    const auto fillsOfRow = [&](int r) {
+        std::vector<RecordingCanvas::Fill> fills;
+        const double y = 840 - (120 + 24 * (r + 1) + 16);  // the bar's bottom in its row
+        for (const auto& f : first.fills)
+            if (f.rect.y == y) fills.push_back(f);
+        return fills;
+    };
+    // Row 0: 60,000 of 2,000,000,000; row 1: 1,234,567 over 50,000; row 3: no budget.
+    ASSERT_EQ(fillsOfRow(0).size(), 2u);
+    EXPECT_EQ(fillsOfRow(0)[1].color, YosanReportPDFPage::barColor(rows[0]));
+    EXPECT_LT(fillsOfRow(0)[1].rect.w, fillsOfRow(0)[0].rect.w / 100);
+    ASSERT_EQ(fillsOfRow(1).size(), 2u);
+    EXPECT_EQ(fillsOfRow(1)[1].rect.w, fillsOfRow(1)[0].rect.w);
+    EXPECT_NE(fillsOfRow(1)[1].color, fillsOfRow(0)[1].color);
+    EXPECT_TRUE(fillsOfRow(3).empty());
+
+    const std::string pdf = writePdf(std::move(pages), "zenvora-yosan-cells-test.pdf");
+    const CellTexts cells = cellTextsOf(wordsOf(pdf), {30, 180, 260, 340, 420, 475, 560}, 144, 24, 26);
+    for (size_t r = 0; r < rows.size(); ++r) {
+        const YosanRow& row = rows[r];
+        const int page = static_cast<int>(r) / 26, line = static_cast<int>(r) % 26;
+        SCOPED_TRACE(r);
+        // pdftotext takes the ideographic space of 合　計 for a word gap.
+        EXPECT_EQ(cells.at({page, line, 0}), std::regex_replace(yosanRowName(row), std::regex("\u3000"), ""));
+        EXPECT_EQ(cells.at({page, line, 2}), formatWithGrouping(row.jisseki));
+        if (!row.yosan) {
+            EXPECT_EQ(cells.count({page, line, 1}) + cells.count({page, line, 3}), 0u);
+            continue;
+        }
+        EXPECT_EQ(cells.at({page, line, 1}), formatWithGrouping(*row.yosan));
+        EXPECT_EQ(cells.at({page, line, 3}), formatWithGrouping(*row.difference()));
+        if (row.share()) {
+            EXPECT_EQ(cells.at({page, line, 4}), yosanShareText(row));
+        }
+    }
+    std::filesystem::remove(pdf);
+}
+
+// A household year's page names its months beside the title, inside the
+// page; calendar months draw nothing there.
+TEST(AnnualReportPDFPageTest, HouseholdMonthsAreNamedBesideTheTitle)
+{
+    const std::string note = "月の始まり: 25日（土日祝は前営業日）\u30002025年12月25日〜2026年12月24日";
+    RecordingCanvas calendar, household;
+    annualReportPages("2026", combined(1, 1), stamp).front()->draw(calendar);
+    annualReportPages("2026", combined(1, 1), stamp, note).front()->draw(household);
+    ASSERT_EQ(household.texts.size(), calendar.texts.size() + 1);
+    const Text& drawn = household.texts[1];
+    EXPECT_EQ(drawn.text, note);
+    EXPECT_EQ(drawn.fit, TextFit::ShrinkLeft);
+    EXPECT_GE(drawn.rect.x, 350);
+    EXPECT_LE(drawn.rect.x + drawn.rect.w, 835);
 }
 
 }  // namespace

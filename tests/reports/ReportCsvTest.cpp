@@ -5,6 +5,7 @@
 
 #include "reports/AtomicFile.h"
 #include "reports/ReportCsv.h"
+#include "reports/YosanReport.h"
 #include "tests/reports/ReportExamples.h"
 #include "tests/store/StoreFixture.h"
 
@@ -70,4 +71,22 @@ TEST_F(ReportCsvTest, AnAtomicWriteReplacesAFileOrLeavesEverythingAsItWas)
     size_t entries = 0;
     for (const auto& entry : std::filesystem::directory_iterator(dir)) entries += entry.path().filename() != "Zenvora.sql";
     EXPECT_EQ(entries, 2u);  // report.csv and the folder
+}
+
+// The budget report's CSV: the period and date stamp, the heading, then
+// every row with plain figures; a row without a budget leaves its budget,
+// difference and share empty.
+TEST(YosanReportCsvTest, RowsComeOutPlainWithEmptyCellsWithoutABudget)
+{
+    const std::vector<YosanRow> rows{{1, "食費", YosanRow::Level::Category, 40000, 32000},
+                                     {3, "食費/外食", YosanRow::Level::SubItem, 10000, 12345},
+                                     {6, "住居費", YosanRow::Level::Category, std::nullopt, 0},
+                                     {kYosanTotal, "合\u3000計", YosanRow::Level::Total, 0, 44345}};
+    EXPECT_EQ(yosanReportCsv("2026年12月分（11月25日〜12月24日）", kStamp, rows),
+              "予算と実績 2026年12月分（11月25日〜12月24日） ,\u30002019年01月15日\n"
+              "費 目 , 予\u3000算 , 実\u3000績 , 差\u3000額 , 使用率 \n"
+              "食費,40000,32000,8000,80.0% \n"
+              "食費/外食,10000,12345,-2345,123.5% \n"
+              "住居費,,0,, \n"
+              "合\u3000計,0,44345,-44345, \n");
 }

@@ -16,6 +16,8 @@
 
 #include "reports/AnnualReportViewController.h"
 #include "reports/SisanReportViewController.h"
+#include "reports/YosanReportViewController.h"
+#include "charts/YosanChartView.h"
 #include "tests/app/AppFixture.h"
 #include "tests/reports/ReportExamples.h"
 #include "ui/QtTranslations.h"
@@ -240,4 +242,80 @@ TEST_F(ReportWindowsTest, TheReportKeysOpenEachReportModallyOnTheScreenAndQtSpea
     EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), "キャンセル");
     EXPECT_EQ(QCoreApplication::translate("QFileDialog", "%1 already exists.\nDo you want to replace it?"),
               "%1 は既に存在します。\n置き換えますか?");
+}
+
+// Household months: the window says which months it shows, the CSV's date
+// field and the PDF's title name them, and the calendar months leave the
+// CSV byte for byte as it was.
+TEST_F(ReportWindowsTest, HouseholdMonthsAreNamedInTheAnnualReportAndCalendarMonthsLeaveItsCsvAsItWas)
+{
+    const int64_t asset = addSisan("現金", 0, 0);
+    const int64_t kyuuyo = addCategory(2, "給与");
+    addEntry(asset, "2019-01-25", 2, kyuuyo + 1, 300000);  // a Friday: the start of February's household month
+    DataModel& dm = open();
+    ASSERT_TRUE(dm.updateHouseholdMonthSetting({25, HolidayShift::Before, MonthNaming::ByEndMonth}));
+    {
+        AnnualReportViewController window(dm);
+        window.show();
+        auto* label = in<QLabel>(&window, "lblMonthSetting");
+        EXPECT_EQ(label->text(), "月の始まり: 25日（土日祝は前営業日）");
+        in<QComboBox>(&window, "cmbYears")->setCurrentIndex(0);
+        const std::string note = "月の始まり: 25日（土日祝は前営業日）\u30002018年12月25日〜2019年12月24日";
+        EXPECT_EQ(label->text().toStdString(), note);
+        EXPECT_EQ(rowsOf(&window, "tblItemsIn"), Rows{"給与/その他|0|300,000|0|0|0|0|0|0|0|0|0|0|300,000"});
+        press(window, "btnCSV", "household.csv");
+        const std::string csv = contentOf(dir + "/household.csv");
+        EXPECT_EQ(csv.substr(0, csv.find('\n') + 1), "2019 年度 ,\u30002019年01月15日\u3000" + note + "\n");
+        EXPECT_NE(csv.find("給与/その他,0,300000,0,0,0,0,0,0,0,0,0,0,300000 \n"), std::string::npos) << csv;
+        press(window, "btnPDF", "household.pdf");
+        expectPdf(dir + "/household.pdf", "842 x 595 pts", 1, {"月の始まり: 25日", "2018年12月25日〜2019年12月24日"});
+    }
+    ASSERT_TRUE(dm.updateHouseholdMonthSetting({}));
+    AnnualReportViewController window(dm);
+    window.show();
+    EXPECT_EQ(in<QLabel>(&window, "lblMonthSetting")->text(), "月の始まり: 1日");
+    in<QComboBox>(&window, "cmbYears")->setCurrentIndex(0);
+    press(window, "btnCSV", "calendar.csv");
+    EXPECT_EQ(contentOf(dir + "/calendar.csv"), kAnnualExample);
+}
+
+// 予算と実績 opens on this month; a month or the whole year can be picked;
+// each row shows its budget, spending, difference and share with a bar, a
+// month without entries shows zeros, and the table saves as CSV and PDF.
+TEST_F(ReportWindowsTest, TheBudgetReportShowsAMonthOrAYearAndWritesItAsCsvAndPdf)
+{
+    const int64_t asset = addSisan("現金", 0, 0);
+    const int64_t food = addCategory(1, "食費", {"外食"});
+    addEntry(asset, "2019-01-10", 1, food + 1, 800);
+    addEntry(asset, "2019-01-12", 1, food + 2, 700);
+    addEntry(asset, "2018-12-31", 1, food + 1, 100);
+    DataModel& dm = open();
+    ASSERT_TRUE(dm.yosanReplace(food, 1000, {}));
+    ASSERT_TRUE(dm.yosanReplace(food + 2, 500, {}));
+    YosanReportViewController window(dm);
+    window.show();
+    new QAbstractItemModelTester(in<QTableView>(&window, "tblYosanJisseki")->model(), &window);
+    EXPECT_EQ(in<QLabel>(&window, "lblYosanPeriod")->text(), "2019年1月");
+    EXPECT_EQ(rowsOf(&window, "tblYosanJisseki"), (Rows{"食費|1,000|1,500|-500|150.0%|", "\u3000\u3000外食|500|700|-200|140.0%|",
+                                                        "合\u3000計|1,000|1,500|-500|150.0%|"}));
+    auto* months = in<QComboBox>(&window, "cmbYosanTuki");
+    months->setCurrentIndex(1);
+    EXPECT_EQ(rowsOf(&window, "tblYosanJisseki"),
+              (Rows{"食費|1,000|0|1,000|0.0%|", "\u3000\u3000外食|500|0|500|0.0%|", "合\u3000計|1,000|0|1,000|0.0%|"}));
+    months->setCurrentIndex(12);
+    EXPECT_EQ(in<QLabel>(&window, "lblYosanPeriod")->text(), "2019年");
+    EXPECT_EQ(rowsOf(&window, "tblYosanJisseki").front(), "食費|12,000|1,500|10,500|12.5%|");
+    in<QTabWidget>(&window, "tabReport")->setCurrentIndex(1);
+    EXPECT_EQ(window.findChild<YosanChartView*>()->shownJisseki()[0], 1500);
+
+    in<QPushButton>(&window, "btnYosanThisMonth")->click();
+    press(window, "btnCSV", "yosan");
+    EXPECT_EQ(proposedPaths.back(), QString::fromStdString(dir) + "/Documents/予算と実績_201901.csv");
+    EXPECT_EQ(contentOf(dir + "/yosan.csv"), "予算と実績 2019年1月 ,\u30002019年01月15日\n"
+                                              "費 目 , 予\u3000算 , 実\u3000績 , 差\u3000額 , 使用率 \n"
+                                              "食費,1000,1500,-500,150.0% \n"
+                                              "食費/外食,500,700,-200,140.0% \n"
+                                              "合\u3000計,1000,1500,-500,150.0% \n");
+    press(window, "btnPDF", "yosan.pdf");
+    expectPdf(dir + "/yosan.pdf", "590 x 840 pts", 1, {"予算と実績", "2019年1月", "外食", "1,500", "-500", "150.0%"});
 }

@@ -130,7 +130,7 @@ TEST_F(SyncSetupTest, anImportedStatementSyncsWithDeviceIdsAndItsRecordStaysOnTh
 // Recurring entries posted on a syncing book take the device's Ids and reach
 // the other PC, whose search index takes in their notes; the rules stay on
 // their PC, and a PC joining from a snapshot holding them does not post them.
-TEST_F(SyncSetupTest, postedRecurringEntriesSyncWhileTheirRulesStayOnTheirPc)
+TEST_F(SyncSetupTest, postedRecurringEntriesSyncWhileTheirRulesAndCardsStayOnTheirPc)
 {
     const int64_t bank = a.addSisan("銀行", 0);
     exchange();
@@ -158,13 +158,20 @@ TEST_F(SyncSetupTest, postedRecurringEntriesSyncWhileTheirRulesStayOnTheirPc)
     EXPECT_EQ(b.scalar("SELECT count(*) FROM ItemsFtsEntry e JOIN Items i ON i.Id = e.Id WHERE i.Bikou = '家賃'"), 1)
         << "the other PC's entry is in the search index";
 
+    // A card on the first PC: its settlements are posted there alone.
+    Card card;
+    card.SisanNo = a.addSisan("カード", 0);
+    card.PayingSisanNo = bank;
+    a.use();
+    ASSERT_TRUE(a.dm->cardUpdate(card, {2026, 11, 23}));
     std::string error;
     ASSERT_TRUE(BookSync::writeSnapshotOf(a.bookPath, a.folderPath, a.sync->identity()->install, &error)) << error;
     SyncedPc c((dir / "c").string(), "寝室");
     deliver(a, c);
     c.join();
     EXPECT_EQ(c.scalar("SELECT count(*) FROM Items WHERE Bikou = '家賃'"), 1);
-    EXPECT_EQ(c.scalar("SELECT count(*) FROM Teiki"), 0) << "a joining PC never posts another PC's rules";
+    EXPECT_EQ(c.scalar("SELECT count(*) FROM Teiki") + c.scalar("SELECT count(*) FROM CardCycles"), 0)
+        << "a joining PC never posts another PC's rules or card settlements";
 }
 
 TEST_F(SyncSetupTest, aDamagedForeignOrCopiedFileIsRefusedByNameAndNothingOfItsWriterAfterItIsApplied)
