@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QDialog>
+#include <functional>
 #include <memory>
+#include <string>
 
 class SyncController;
 namespace Ui {
