@@ -78,6 +78,28 @@ int64_t daysFromCivil(int y, int m, int d)
 
 // The category (0-15, in kCategories' order) of a sub-item: writeMasters
 // gives each category and then its five sub-items consecutive Ids from 1.
+// Binds one generated entry's fields to an Items insert, from parameter
+// `at` on: the date and its parts, asset, kind, sub-item or partner, link,
+// and the amount as money in (kinds 2, 4) or money out.
+void bindEntry(sqlite3_stmt* s, int at, int64_t day, int sisan, int kind, int64_t himoku, int partner,
+               int64_t idouId, int64_t amount)
+{
+    int y, m, d;
+    civilFromDays(day, &y, &m, &d);
+    char hizuke[16];
+    std::snprintf(hizuke, sizeof hizuke, "%04d-%02d-%02d", y, m, d);
+    sqlite3_bind_text(s, at, hizuke, -1, SQLITE_TRANSIENT);
+    sqlite3_bind_int(s, at + 1, y);
+    sqlite3_bind_int(s, at + 2, m);
+    sqlite3_bind_int(s, at + 3, d);
+    sqlite3_bind_int(s, at + 4, sisan);
+    sqlite3_bind_int(s, at + 5, kind);
+    if (himoku) sqlite3_bind_int64(s, at + 6, himoku);
+    if (partner) sqlite3_bind_int(s, at + 7, partner);
+    sqlite3_bind_int64(s, at + 8, idouId);
+    sqlite3_bind_int64(s, (kind == 2 || kind == 4) ? at + 9 : at + 10, amount);
+}
+
 int categoryOf(int64_t subItemId)
 {
     return static_cast<int>((subItemId - 1) / (1 + std::size(kSubItems)));
@@ -140,23 +162,10 @@ bool generateLedger(const std::string& path, const LedgerShape& shape, Generated
 
     auto insertRow = [&](int64_t id, int64_t day, int sisan, int kind, int64_t himoku, int partner, int64_t idouId,
                          int64_t amount, const std::string& note) {
-        int y, m, d;
-        civilFromDays(day, &y, &m, &d);
-        char hizuke[16];
-        std::snprintf(hizuke, sizeof hizuke, "%04d-%02d-%02d", y, m, d);
         sqlite3_reset(ins.s);
         sqlite3_clear_bindings(ins.s);
         sqlite3_bind_int64(ins.s, 1, id);
-        sqlite3_bind_text(ins.s, 2, hizuke, -1, SQLITE_TRANSIENT);
-        sqlite3_bind_int(ins.s, 3, y);
-        sqlite3_bind_int(ins.s, 4, m);
-        sqlite3_bind_int(ins.s, 5, d);
-        sqlite3_bind_int(ins.s, 6, sisan);
-        sqlite3_bind_int(ins.s, 7, kind);
-        if (himoku) sqlite3_bind_int64(ins.s, 8, himoku);
-        if (partner) sqlite3_bind_int(ins.s, 9, partner);
-        sqlite3_bind_int64(ins.s, 10, idouId);
-        sqlite3_bind_int64(ins.s, (kind == 2 || kind == 4) ? 11 : 12, amount);
+        bindEntry(ins.s, 2, day, sisan, kind, himoku, partner, idouId, amount);
         sqlite3_bind_text(ins.s, 13, note.c_str(), static_cast<int>(note.size()), SQLITE_STATIC);
         if (sisan == 1) ++out->entriesOfLargest;
         return sqlite3_step(ins.s) == SQLITE_DONE;
@@ -274,22 +283,9 @@ bool generateCardBook(const std::string& path, int64_t entries, int lastYear, Ge
                        -1, &ins.s, nullptr);
     const auto insertRow = [&](int64_t day, int sisan, int kind, int64_t himoku, int partner, int64_t idouId,
                                int64_t amount) {
-        int y, m, d;
-        civilFromDays(day, &y, &m, &d);
-        char hizuke[16];
-        std::snprintf(hizuke, sizeof hizuke, "%04d-%02d-%02d", y, m, d);
         sqlite3_reset(ins.s);
         sqlite3_clear_bindings(ins.s);
-        sqlite3_bind_text(ins.s, 1, hizuke, -1, SQLITE_TRANSIENT);
-        sqlite3_bind_int(ins.s, 2, y);
-        sqlite3_bind_int(ins.s, 3, m);
-        sqlite3_bind_int(ins.s, 4, d);
-        sqlite3_bind_int(ins.s, 5, sisan);
-        sqlite3_bind_int(ins.s, 6, kind);
-        if (himoku) sqlite3_bind_int64(ins.s, 7, himoku);
-        if (partner) sqlite3_bind_int(ins.s, 8, partner);
-        sqlite3_bind_int64(ins.s, 9, idouId);
-        sqlite3_bind_int64(ins.s, (kind == 2 || kind == 4) ? 10 : 11, amount);
+        bindEntry(ins.s, 1, day, sisan, kind, himoku, partner, idouId, amount);
         return sqlite3_step(ins.s) == SQLITE_DONE;
     };
 
