@@ -152,6 +152,7 @@ void ViewController::wireActions()
     connect(ui->mnuRestoreBackup, &QAction::triggered, this, &ViewController::mnuRestoreBackup);
     wireUndo();
     wireImport();
+    wireSync();
 }
 
 void ViewController::showGrandTotal()

@@ -29,6 +29,8 @@ class QShowEvent;
 class QStringListModel;
 class QTableView;
 class StatementImporter;
+class SyncController;
+class QLabel;
 struct Sisan;
 namespace Ui {
 class ViewController;
@@ -113,6 +115,15 @@ public:
     // backup), and shows it from the first asset, as at the start.
     void showReopenedBook();
 
+    // ---- sync (ファイル menu, ViewControllerSync.cpp) ---------------------------
+    // The settings window; after joining a folder the window shows its book.
+    void mnuSyncSettings();
+    // The cases the conflict rules settled, each with its 元に戻す.
+    void mnuSyncNotices();
+    // Shows the lists again after other PCs' operations changed the book.
+    void showSyncedChanges();
+    SyncController* syncController() const { return sync; }
+
     // ---- asset and entry lists ----------------------------------------------
     // Shows itemList afresh and scrolls to its last row.
     void tblItemReload();
@@ -164,6 +175,8 @@ private:
     QStringListModel* comboModel = nullptr;
     std::map<QString, SegueDestination> segueDestinations;
     StatementImporter* importer = nullptr;
+    SyncController* sync = nullptr;
+    QLabel* lblSyncStatus = nullptr;
 
     int64_t theItemDataSelectedId = -1;  // entry last selected; the edit updates it
     std::vector<int64_t> cmbItemDataIdArray;
@@ -189,6 +202,7 @@ private:
     void viewDidLoad();
     void wireActions();
     void wireImport();
+    void wireSync();
     // True when nothing is being typed in the entry panel; else says so.
     bool mayImport();
     void layOutColumns();

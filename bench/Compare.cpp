@@ -23,8 +23,8 @@ double millisOf(const std::function<void()>& work)
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
-void compare(const char* operation, int runs, const std::function<void(int)>& store,
-             const std::function<void(int)>& floor, const std::function<void(int)>& prepare)
+Medians compare(const char* operation, int runs, const std::function<void(int)>& store,
+                const std::function<void(int)>& floor, const std::function<void(int)>& prepare)
 {
     std::vector<double> storeMs, floorMs;
     for (int r = 0; r < runs; ++r) {
@@ -36,5 +36,6 @@ void compare(const char* operation, int runs, const std::function<void(int)>& st
     const double s = median(storeMs), f = median(floorMs);
     std::printf("bench %s store_ms=%.3f floor_ms=%.3f ratio=%.3f\n", operation, s, f, s / f);
     std::fflush(stdout);
+    return {s, f};
 }
 

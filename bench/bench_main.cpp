@@ -27,6 +27,7 @@
 #include "bench/MainWindowBench.h"
 #include "bench/ReportBench.h"
 #include "bench/SearchBench.h"
+#include "bench/SyncBench.h"
 #include "find/TextFolding.h"
 #include "store/BookCheck.h"
 #include "store/Changeset.h"
@@ -283,6 +284,7 @@ int main(int argc, char** argv)
     benchMainWindow(*dm, largest, ledger.secondSisanId, runs, argc, argv);
     benchCharts(*dm, middleYear, runs, argc, argv);
     benchImport(*dm, path, dir, largest, runs);
+    benchSync(path, dir, ledger, options.shape.entries, runs);
 
     dm.reset();
     if (options.keepDir.empty()) std::filesystem::remove_all(dir);

@@ -2,6 +2,7 @@
 
 #include "store/HouseholdTables.h"
 #include "store/ImportTables.h"
+#include "store/SyncLog.h"
 #include "store/TeikiTables.h"
 
 const std::vector<TableLayout>& requiredBookTables()
@@ -47,7 +48,9 @@ const std::vector<TableLayout>& optionalBookTables()
               {"Sisans", "TEXT"},
               {"Changes", "INTEGER"},
               {"Deletes", "INTEGER"},
-              {"Changeset", "BLOB"}}},
+              {"Changeset", "BLOB"}},
+             "table",
+             false},
             // The search index of the notes (SearchIndex.h); its FTS5 shadow
             // tables belong to SQLite and are left to it.
             {"ItemsFts", {{"Folded", ""}}, "virtual"},
@@ -64,7 +67,21 @@ const std::vector<TableLayout>& optionalBookTables()
         all.insert(all.end(), household.begin(), household.end());
         // The recurring entries' (TeikiTables.h).
         for (const TableLayout& t : teikiBookTables()) all.push_back(t);
+        // The sync record's (SyncLog.h).
+        for (const TableLayout& t : syncBookTables()) all.push_back(t);
         return all;
     }();
     return tables;
+}
+
+const TableLayout* bookTable(const std::string& name)
+{
+    for (const TableLayout& table : requiredBookTables())
+        if (table.name == name) return &table;
+    return nullptr;
+}
+
+bool isDerivedColumn(const std::string& table, int column)
+{
+    return (column == kSisanZankin && table == "Sisan") || (column == kHimokuUcount && table == "Himoku");
 }

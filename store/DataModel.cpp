@@ -3,10 +3,12 @@
 
 #include <sqlite3.h>
 
+#include "store/DeviceIds.h"
 #include "store/MessageSink.h"
 #include "store/Money.h"
 #include "store/Provisioning.h"
 #include "store/SearchIndex.h"
+#include "store/SyncLog.h"
 #include "store/Transaction.h"
 
 DataModel::DataModel(std::string path, int busyTimeoutMs, Corrections corrections)
@@ -49,7 +51,10 @@ bool DataModel::readBook()
 void DataModel::pruneOldHistory()
 {
     historyPrunePending = false;
-    if (!pruneHistory(db, historyNowMs())) someMessageWithAlert(errorText("failure pruning the history: "));
+    // Operations sync may still rewind or take deleted rows from stay.
+    int64_t keepFrom = 0;
+    if (!oldestLoggedHistoryId(db, &keepFrom) || !pruneHistory(db, historyNowMs(), {}, keepFrom))
+        someMessageWithAlert(errorText("failure pruning the history: "));
 }
 
 bool DataModel::reopenBook()
@@ -165,6 +170,29 @@ bool DataModel::runWrite(const std::string& sql, const char* preparePrefix, cons
     const bool done = stepDone(stepPrefix, stepInformative);
     finalize();
     return done;
+}
+
+bool DataModel::newRowIdOr(const char* table, int64_t* id)
+{
+    switch (newRowId(db, table, id)) {
+    case NewRowId::Assigned:
+    case NewRowId::BySqlite:
+        return true;
+    case NewRowId::Exhausted:
+        someMessageWithAlert("これ以上データを追加できません。", "行の番号を使い切りました。");
+        return false;
+    case NewRowId::Failed:
+        break;
+    }
+    someMessageWithAlert(errorText("failure assigning an Id: "));
+    return false;
+}
+
+bool DataModel::bindIdOr(int index, int64_t id)
+{
+    if ((id ? stmt.bindInt64(index, id) : stmt.bindNull(index)) == SQLITE_OK) return true;
+    someMessageWithAlert(errorText("failure binding int: "));
+    return false;
 }
 
 bool DataModel::bindIntOr(int index, int64_t value, const char* columnMessage)

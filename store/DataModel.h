@@ -298,6 +298,27 @@ public:
     // Called after every recorded operation, to bring menus up to date.
     void setHistoryListener(std::function<void()> listener) { historyListener = std::move(listener); }
 
+    // ---- sync (DataModelSync.cpp) ---------------------------------------------
+    // The book's sync record and other PCs' operations are read and written
+    // by sync (sync/BookSync.h) through these, on the store's connection.
+
+    // Called after every operation committed as a step of this PC (a change,
+    // an undo, a redo): sync writes it to the folder then.
+    void setCommitListener(std::function<void()> listener) { commitListener = std::move(listener); }
+    // Runs work in one transaction: reads and writes of the sync record, not
+    // of the three tables. False (rolled back) when work or the commit fails.
+    bool runSyncWork(const std::function<bool(sqlite3*)>& work);
+    // Runs work that brings changes made elsewhere into the three tables
+    // (other PCs' operations), in one transaction, while a session records
+    // their net effect; then brings the lists, balances and the shown ledger
+    // up to date from it, the shown asset staying shown while it is there.
+    // False (rolled back, nothing changed) when work or the commit fails.
+    bool applyOutsideChanges(const std::function<bool(sqlite3*)>& work);
+    // Writes values back into columns of one row of Sisan, Items or Himoku
+    // (present values only) as a recorded step labelled label; the lists
+    // and balances follow. The undo of a sync notice.
+    bool rewriteRow(const std::string& table, int64_t id, const Row& values, const std::string& label);
+
     // ---- recurring entries (Teiki.h) --------------------------------------------
     // The rules in Id order, with their maps, rebuilt by every read. Read on
     // demand (readFromTeikiTable), not at the start.
@@ -440,6 +461,7 @@ private:
     std::vector<HistoryEntry> undoStack;     // done steps, newest last
     std::vector<HistoryEntry> redoStack;     // undone steps, newest undone last
     std::function<void()> historyListener;
+    std::function<void()> commitListener;
     bool unreadableValueSeen = false;  // set by the checked reads below
     std::optional<BadValue> badValueFound;
     std::set<int64_t> zankinPendingIds;  // assets whose stored balance waits to be corrected
@@ -494,8 +516,13 @@ private:
     // Moves the in-memory balances by the digest's entries and opening amounts.
     void applyZankinDeltas(const ChangesetDigest& digest);
     // After a replay: lists, balances and the shown ledger from what changed.
+    // The asset of the change is shown (followChange), or the one shown
+    // before while it is there.
     bool showEffects(const ChangesetDigest& digest, int64_t shownSisanId, bool exact,
-                     const std::vector<std::pair<int64_t, int64_t>>& zankinBefore, StepFocus* focus);
+                     const std::vector<std::pair<int64_t, int64_t>>& zankinBefore, StepFocus* focus,
+                     bool followChange = true);
+    // The Id of the asset shown now (theSisanNo), 0 when none.
+    int64_t shownSisanId() const;
     int64_t focusSisanOf(const ChangesetDigest& digest, int64_t shownSisanId) const;
     // Replaces the rows of the ledger in itemList that a replay changed, in
     // date order, without reading the ledger again; false when it cannot.
@@ -528,14 +555,21 @@ private:
     void clearSisanList();
     // The DELETE of an asset's rows and of the transfer rows naming it.
     bool deleteItemsOfSisan(int64_t sisanId);
-    // The two rows of a transfer and their link, inside the caller's transaction.
+    // The Id of a new row of table: the device's next one when the book
+    // syncs, else 0 (SQLite picks it). False after a message when none can be had.
+    bool newRowIdOr(const char* table, int64_t* id);
+    // Binds a new row's Id, NULL for 0.
+    bool bindIdOr(int index, int64_t id);
+    // One ledger row; id 0 lets SQLite pick the Id.
+    bool insertItemRow(const char* sql, const char* prepareMessage, int64_t id, const std::string& hizuke, int64_t nen,
+                       int64_t tuki, int64_t hi, int64_t sisanNo, int64_t syubetuNo, int64_t partnerNo,
+                       int64_t idouId, int64_t kingaku, const std::string& bikou);
+    // Both rows of a transfer, linked, inside the caller's step; their Ids
+    // go to *motoId and *sakiId when given.
     bool insertIdouPair(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo,
                         int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku, const std::string& bikou,
                         int64_t* motoId = nullptr, int64_t* sakiId = nullptr);
-    bool insertItemRow(const char* sql, const char* prepareMessage, const std::string& hizuke, int64_t nen,
-                       int64_t tuki, int64_t hi, int64_t sisanNo, int64_t syubetuNo, int64_t partnerNo,
-                       int64_t idouId, int64_t kingaku, const std::string& bikou);
-    bool insertHimokuRow(int64_t syubetuNo, const std::string& namae, int64_t hno, int64_t ucount,
+    bool insertHimokuRow(int64_t id, int64_t syubetuNo, const std::string& namae, int64_t hno, int64_t ucount,
                          const char* prepareMessage, const char* stepMessage);
     bool renameRow(int64_t id, const std::string& namae, const char* preparePrefix, const char* stepPrefix);
     bool rereadAfterHimokuDelete();

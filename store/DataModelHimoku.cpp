@@ -7,7 +7,8 @@
 
 namespace {
 
-const char* const kInsertHimoku = "INSERT INTO Himoku (SyubetuNo, Namae, Hno, Ucount) VALUES (?,?,?,?)";
+// The Id comes first: NULL lets SQLite pick it (DataModel::newRowIdOr).
+const char* const kInsertHimoku = "INSERT INTO Himoku (Id, SyubetuNo, Namae, Hno, Ucount) VALUES (?,?,?,?,?)";
 
 std::string renameSql(int64_t id) { return "UPDATE Himoku SET Namae= ? WHERE Id=" + std::to_string(id); }
 
@@ -38,14 +39,14 @@ bool DataModel::readFromHimokuTable()
     return false;
 }
 
-bool DataModel::insertHimokuRow(int64_t syubetuNo, const std::string& namae, int64_t hno, int64_t ucount,
+bool DataModel::insertHimokuRow(int64_t id, int64_t syubetuNo, const std::string& namae, int64_t hno, int64_t ucount,
                                 const char* prepareMessage, const char* stepMessage)
 {
     if (!prepare(kInsertHimoku, prepareMessage, "information")) return false;
-    const bool done = bindIntOr(1, syubetuNo, "error insert Column SyubetuNo ") &&
-                      bindTextOr(2, namae, "error insert Column Namae") &&
-                      bindIntOr(3, hno, "error insert Column Hno ") &&
-                      bindIntOr(4, ucount, "error insert Column Ucount ") && stepDone(stepMessage);
+    const bool done = bindIdOr(1, id) && bindIntOr(2, syubetuNo, "error insert Column SyubetuNo ") &&
+                      bindTextOr(3, namae, "error insert Column Namae") &&
+                      bindIntOr(4, hno, "error insert Column Hno ") &&
+                      bindIntOr(5, ucount, "error insert Column Ucount ") && stepDone(stepMessage);
     finalize();
     return done;
 }
@@ -59,14 +60,23 @@ bool DataModel::insertHimokuOfHiimoku(int64_t syubetuNo, const std::string& nama
         if (!beganOrReport(step)) return false;
         const char* prepareMessage = "error preparing HimokumeiOfHimoku insert: ";
         const char* stepMessage = "failure inserting himoku : ";
-        if (!insertHimokuRow(syubetuNo, namae, 0, 1, prepareMessage, stepMessage)) return false;
-        const int64_t n = sqlite3_last_insert_rowid(db);
-        if (!insertHimokuRow(syubetuNo, namae + "/その他", n, 0, prepareMessage, stepMessage)) return false;
-        const std::string ns = std::to_string(n);
-        if (!runWrite("UPDATE Himoku SET Hno= " + ns + " WHERE Id=" + ns,
-                      "error prepare update HnoOfHimoku for insert himokumei: ", "stop the app",
-                      "failure updating HnoOfHimoku for insert himokumei: "))
-            return false;
+        int64_t category = 0, sonota = 0;
+        if (!newRowIdOr("Himoku", &category) || !newRowIdOr("Himoku", &sonota)) return false;
+        if (category != 0) {
+            // A book that syncs knows both Ids first: two inserts, no update.
+            if (!insertHimokuRow(category, syubetuNo, namae, category, 1, prepareMessage, stepMessage) ||
+                !insertHimokuRow(sonota, syubetuNo, namae + "/その他", category, 0, prepareMessage, stepMessage))
+                return false;
+        } else {
+            if (!insertHimokuRow(0, syubetuNo, namae, 0, 1, prepareMessage, stepMessage)) return false;
+            const int64_t n = sqlite3_last_insert_rowid(db);
+            if (!insertHimokuRow(0, syubetuNo, namae + "/その他", n, 0, prepareMessage, stepMessage)) return false;
+            const std::string ns = std::to_string(n);
+            if (!runWrite("UPDATE Himoku SET Hno= " + ns + " WHERE Id=" + ns,
+                          "error prepare update HnoOfHimoku for insert himokumei: ", "stop the app",
+                          "failure updating HnoOfHimoku for insert himokumei: "))
+                return false;
+        }
         if (!commitStep(step)) return false;
     }
     return readFromHimokuTable();
@@ -78,7 +88,9 @@ bool DataModel::insertUtiwakeOfHimoku(int64_t syubetuno, const std::string& utiw
     {
         RecordedStep step(db, utiwakeStepLabel(utiwake, "追加"));
         if (!beganOrReport(step)) return false;
-        if (!insertHimokuRow(syubetuno, utiwake, hno, 0, "error preparing UtiwakemeiOfHimoku insert: ",
+        int64_t id = 0;
+        if (!newRowIdOr("Himoku", &id) ||
+            !insertHimokuRow(id, syubetuno, utiwake, hno, 0, "error preparing UtiwakemeiOfHimoku insert: ",
                              "failure inserting utiwake : "))
             return false;
         if (!runWrite("UPDATE Himoku SET Ucount= " + std::to_string(ucount0 + 1) + " WHERE Id=" + std::to_string(hno),

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "store/DataModel.h"
+#include "store/DeviceIds.h"
 #include "store/FindById.h"
 #include "store/ItemsSql.h"
 #include "store/Money.h"
@@ -22,6 +23,11 @@ const char* const kSelectWindow =
     "SELECT i.Id, i.Hizuke, i.SyubetuNo, i.HimokuNo, i.IdouSisanNo, i.Nyuukin, i.Syukkin, i.Bikou, "
     "o.IdKey, o.ContentKey, o.Text FROM Items i LEFT JOIN ImportOrigin o ON o.ItemId = i.Id AND o.SisanNo = i.SisanNo "
     "WHERE i.SisanNo = ? AND i.Hizuke BETWEEN ? AND ?";
+
+// The Id a new row is inserted with: 0 binds NULL, and SQLite picks it.
+struct RowId {
+    int64_t id = 0;
+};
 
 // A statement of the import's write, prepared once and run once per row.
 class Prepared {
@@ -47,6 +53,7 @@ private:
     bool bind(int i, int64_t v) { return statement_.bindInt64(i, v) == SQLITE_OK; }
     bool bind(int i, const std::string& v) { return statement_.bindText(i, v) == SQLITE_OK; }
     bool bind(int i, std::nullptr_t) { return statement_.bindNull(i) == SQLITE_OK; }
+    bool bind(int i, RowId v) { return (v.id ? statement_.bindInt64(i, v.id) : statement_.bindNull(i)) == SQLITE_OK; }
 
     sqlite3* db_;
     Statement statement_;
@@ -57,7 +64,7 @@ private:
 class ImportWriter {
 public:
     ImportWriter(sqlite3* db, const ImportBatch& batch)
-        : sisan_(batch.record.sisanId), syukkin_(db, kInsertSyukkin), nyuukin_(db, kInsertNyuukin),
+        : db_(db), sisan_(batch.record.sisanId), syukkin_(db, kInsertSyukkin), nyuukin_(db, kInsertNyuukin),
           moto_(db, kInsertIdouMoto), saki_(db, kInsertIdouSaki), link_(db, "UPDATE Items SET IdouId=? WHERE Id=?"),
           pair_(db,
                 "UPDATE Items SET Hizuke=?, Nen=?, Tuki=?, Hi=?, SyubetuNo=?, HimokuNo=NULL, IdouSisanNo=?, IdouId=?, "
@@ -79,34 +86,63 @@ public:
     {
         if (e.partnerSisanId != 0) {
             if (!(e.pairedItemId != 0 ? pairWith(e, own) : transfer(e, own))) return false;
-        } else if (e.kingaku < 0) {
-            if (!row(syukkin_, e, sisan_, kSyubetuSisyutu, e.himokuNo, -1, -e.kingaku)) return false;
-            *own = syukkin_.lastId();
         } else {
-            if (!row(nyuukin_, e, sisan_, kSyubetuSyuunyuu, e.himokuNo, -1, e.kingaku)) return false;
-            *own = nyuukin_.lastId();
+            const bool out = e.kingaku < 0;
+            Prepared& insert = out ? syukkin_ : nyuukin_;
+            RowId id;
+            if (!newId(&id) ||
+                !row(insert, id, e, sisan_, out ? kSyubetuSisyutu : kSyubetuSyuunyuu, e.himokuNo, -1,
+                     out ? -e.kingaku : e.kingaku))
+                return false;
+            *own = id.id ? id.id : insert.lastId();
         }
         return origin_.run(*own, importId, sisan_, e.idKey, e.contentKey, e.text);
     }
 
 private:
-    bool row(Prepared& insert, const ImportEntry& e, int64_t sisan, int64_t kind, int64_t partner, int64_t idouId,
-             int64_t amount)
+    bool row(Prepared& insert, RowId id, const ImportEntry& e, int64_t sisan, int64_t kind, int64_t partner,
+             int64_t idouId, int64_t amount)
     {
-        return insert.run(e.hizuke, e.nen, e.tuki, e.hi, sisan, kind, partner, idouId, amount, e.bikou);
+        return insert.run(id, e.hizuke, e.nen, e.tuki, e.hi, sisan, kind, partner, idouId, amount, e.bikou);
     }
 
-    // Both rows as the entry panel makes them: the source row, the
-    // destination row naming it, then the source row naming the destination.
+    // The Id of a new row: the device's when the book syncs, else SQLite's.
+    bool newId(RowId* id)
+    {
+        switch (newRowId(db_, "Items", &id->id)) {
+        case NewRowId::Assigned:
+        case NewRowId::BySqlite:
+            return true;
+        case NewRowId::Exhausted:
+            return fail("no Id is left for a new row");
+        case NewRowId::Failed:
+            break;
+        }
+        return false;
+    }
+
+    // Both rows as the entry panel makes them. When the book syncs both Ids
+    // are known first and each row names the other; otherwise the source
+    // row, the destination row naming it, then the source row naming the
+    // destination.
     bool transfer(const ImportEntry& e, int64_t* own)
     {
         const bool out = e.kingaku < 0;
         const int64_t amount = out ? -e.kingaku : e.kingaku;
         const int64_t source = out ? sisan_ : e.partnerSisanId;
         const int64_t destination = out ? e.partnerSisanId : sisan_;
-        if (!row(moto_, e, source, kSyubetuIdouMoto, destination, -1, amount)) return false;
+        RowId moto, saki;
+        if (!newId(&moto) || !newId(&saki)) return false;
+        if (moto.id != 0) {
+            if (!row(moto_, moto, e, source, kSyubetuIdouMoto, destination, saki.id, amount) ||
+                !row(saki_, saki, e, destination, kSyubetuIdouSaki, source, moto.id, amount))
+                return false;
+            *own = out ? moto.id : saki.id;
+            return true;
+        }
+        if (!row(moto_, moto, e, source, kSyubetuIdouMoto, destination, -1, amount)) return false;
         const int64_t motoId = moto_.lastId();
-        if (!row(saki_, e, destination, kSyubetuIdouSaki, source, motoId, amount)) return false;
+        if (!row(saki_, saki, e, destination, kSyubetuIdouSaki, source, motoId, amount)) return false;
         const int64_t sakiId = saki_.lastId();
         *own = out ? motoId : sakiId;
         return link_.run(sakiId, motoId);
@@ -119,10 +155,11 @@ private:
         const bool out = e.kingaku < 0;
         const int64_t amount = out ? -e.kingaku : e.kingaku;
         Prepared& insert = out ? moto_ : saki_;
-        if (!row(insert, e, sisan_, out ? kSyubetuIdouMoto : kSyubetuIdouSaki, e.partnerSisanId, e.pairedItemId,
-                 amount))
+        RowId id;
+        if (!newId(&id) || !row(insert, id, e, sisan_, out ? kSyubetuIdouMoto : kSyubetuIdouSaki, e.partnerSisanId,
+                                e.pairedItemId, amount))
             return false;
-        *own = insert.lastId();
+        *own = id.id ? id.id : insert.lastId();
         const int64_t otherKind = out ? kSyubetuIdouSaki : kSyubetuIdouMoto;
         const auto nyuukin = out ? amount : 0;
         const auto syukkin = out ? 0 : amount;
@@ -142,6 +179,7 @@ public:
     const char* failure = nullptr;  // a reason of the writer's own, else SQLite's message
 
 private:
+    sqlite3* db_;
     int64_t sisan_;
     Prepared syukkin_, nyuukin_, moto_, saki_, link_, pair_, origin_;
 };

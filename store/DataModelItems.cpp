@@ -2,6 +2,7 @@
 #include <sqlite3.h>
 
 #include "store/DataModel.h"
+#include "store/DeviceIds.h"
 #include "store/FindById.h"
 #include "store/ItemsArena.h"
 #include "store/ItemsSql.h"
@@ -178,23 +179,55 @@ const std::string& DataModel::namaeOfRow(int64_t syubetuNo, int64_t himokuNo, in
     return kUnknownNamae;
 }
 
-bool DataModel::insertItemRow(const char* sql, const char* prepareMessage, const std::string& hizuke, int64_t nen,
-                              int64_t tuki, int64_t hi, int64_t sisanNo, int64_t syubetuNo, int64_t partnerNo,
-                              int64_t idouId, int64_t kingaku, const std::string& bikou)
+bool DataModel::insertItemRow(const char* sql, const char* prepareMessage, int64_t id, const std::string& hizuke,
+                              int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo, int64_t syubetuNo,
+                              int64_t partnerNo, int64_t idouId, int64_t kingaku, const std::string& bikou)
 {
     if (!prepare(sql, prepareMessage, "information")) return false;
-    const bool done = bindTextOr(1, hizuke, "error insert Column Hizuke") &&
-                      bindIntOr(2, nen, "error insert Column  Nen") &&
-                      bindIntOr(3, tuki, "error insert Column  Tuki") &&
-                      bindIntOr(4, hi, "error insert Column Hi ") &&
-                      bindIntOr(5, sisanNo, "error insert Column SisanNo ") &&
-                      bindIntOr(6, syubetuNo, "error insert Column SyubetuNo ") &&
-                      bindIntOr(7, partnerNo, "error insert Column HimokuNo ") &&
-                      bindIntOr(8, idouId, "error insert Column IdouId ") &&
-                      bindIntOr(9, kingaku, "error insert Column Syukkin ") &&
-                      bindTextOr(10, bikou, "error insert Column Bikou ") && stepDone(kInsertStepFailure);
+    const bool done = bindIdOr(1, id) && bindTextOr(2, hizuke, "error insert Column Hizuke") &&
+                      bindIntOr(3, nen, "error insert Column  Nen") &&
+                      bindIntOr(4, tuki, "error insert Column  Tuki") &&
+                      bindIntOr(5, hi, "error insert Column Hi ") &&
+                      bindIntOr(6, sisanNo, "error insert Column SisanNo ") &&
+                      bindIntOr(7, syubetuNo, "error insert Column SyubetuNo ") &&
+                      bindIntOr(8, partnerNo, "error insert Column HimokuNo ") &&
+                      bindIntOr(9, idouId, "error insert Column IdouId ") &&
+                      bindIntOr(10, kingaku, "error insert Column Syukkin ") &&
+                      bindTextOr(11, bikou, "error insert Column Bikou ") && stepDone(kInsertStepFailure);
     finalize();
     return done;
+}
+
+bool DataModel::insertIdouPair(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo,
+                               int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku, const std::string& bikou,
+                               int64_t* motoId, int64_t* sakiId)
+{
+    int64_t moto = 0, saki = 0;
+    if (!newRowIdOr("Items", &moto) || !newRowIdOr("Items", &saki)) return false;
+    if (moto != 0) {
+        // A book that syncs: both Ids are known before either row is
+        // written, so the pair is two inserts, each naming the other.
+        if (!insertItemRow(kInsertIdouMoto, "error preparing 移動元データ insert: ", moto, hizuke, nen, tuki, hi,
+                           sisanNo, syubetuNo, idouSisanNo, saki, kingaku, bikou) ||
+            !insertItemRow(kInsertIdouSaki, "error preparing 移動先データ insert: ", saki, hizuke, nen, tuki, hi,
+                           idouSisanNo, kSyubetuIdouSaki, sisanNo, moto, kingaku, bikou))
+            return false;
+    } else {
+        if (!insertItemRow(kInsertIdouMoto, "error preparing 移動元データ insert: ", 0, hizuke, nen, tuki, hi, sisanNo,
+                           syubetuNo, idouSisanNo, -1, kingaku, bikou))
+            return false;
+        moto = sqlite3_last_insert_rowid(db);
+        if (!insertItemRow(kInsertIdouSaki, "error preparing 移動先データ insert: ", 0, hizuke, nen, tuki, hi,
+                           idouSisanNo, kSyubetuIdouSaki, sisanNo, moto, kingaku, bikou))
+            return false;
+        saki = sqlite3_last_insert_rowid(db);
+        if (!runWrite("UPDATE Items SET IdouId=" + std::to_string(saki) + " WHERE Id=" + std::to_string(moto),
+                      "error prepare update 移動元item: ", "stop the app", "failure updating  移動元item: "))
+            return false;
+    }
+    if (motoId) *motoId = moto;
+    if (sakiId) *sakiId = saki;
+    return true;
 }
 
 bool DataModel::itemNyuukinSyukkinInsert(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi,
@@ -206,30 +239,14 @@ bool DataModel::itemNyuukinSyukkinInsert(const std::string& hizuke, int64_t nen,
     {
         RecordedStep step(db, entryStepLabel(getHimokuNamaeFromNo(himokuNo), kingaku, "追加"));
         if (!beganOrReport(step)) return false;
-        if (!insertItemRow(sql, "error preparing Syukkin,Nyuukin insert: ", hizuke, nen, tuki, hi, sisanNo, syubetuNo,
-                           himokuNo, -1, kingaku, bikou))
+        int64_t id = 0;
+        if (!newRowIdOr("Items", &id) ||
+            !insertItemRow(sql, "error preparing Syukkin,Nyuukin insert: ", id, hizuke, nen, tuki, hi, sisanNo,
+                           syubetuNo, himokuNo, -1, kingaku, bikou))
             return false;
         if (!commitStep(step)) return false;
     }
     return rereadShownItems();
-}
-
-bool DataModel::insertIdouPair(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi, int64_t sisanNo,
-                               int64_t syubetuNo, int64_t idouSisanNo, int64_t kingaku, const std::string& bikou,
-                               int64_t* motoId, int64_t* sakiId)
-{
-    if (!insertItemRow(kInsertIdouMoto, "error preparing 移動元データ insert: ", hizuke, nen, tuki, hi, sisanNo,
-                       syubetuNo, idouSisanNo, -1, kingaku, bikou))
-        return false;
-    const int64_t moto = sqlite3_last_insert_rowid(db);
-    if (!insertItemRow(kInsertIdouSaki, "error preparing 移動先データ insert: ", hizuke, nen, tuki, hi, idouSisanNo,
-                       kSyubetuIdouSaki, sisanNo, moto, kingaku, bikou))
-        return false;
-    const int64_t saki = sqlite3_last_insert_rowid(db);
-    if (motoId) *motoId = moto;
-    if (sakiId) *sakiId = saki;
-    return runWrite("UPDATE Items SET IdouId=" + std::to_string(saki) + " WHERE Id=" + std::to_string(moto),
-                    "error prepare update 移動元item: ", "stop the app", "failure updating  移動元item: ");
 }
 
 bool DataModel::itemIdouSisanInsert(const std::string& hizuke, int64_t nen, int64_t tuki, int64_t hi,

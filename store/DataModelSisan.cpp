@@ -52,12 +52,14 @@ bool DataModel::sisanInsert(const std::string& namae, int64_t syokiKingaku)
     {
         RecordedStep step(db, sisanStepLabel(namae, "追加"));
         if (!beganOrReport(step)) return false;
-        if (!prepare("INSERT INTO Sisan (Namae,SyokiKingaku,Zankin) VALUES (?,?,?)",
+        int64_t id = 0;
+        if (!newRowIdOr("Sisan", &id) ||
+            !prepare("INSERT INTO Sisan (Id,Namae,SyokiKingaku,Zankin) VALUES (?,?,?,?)",
                      "error preparing sisan insert: ", "information"))
             return false;
-        const bool done = bindTextOr(1, namae, "error insert Column Namae") &&
-                          bindIntOr(2, syokiKingaku, "error insert Column SyokiKingaku ") &&
-                          bindIntOr(3, syokiKingaku, "error insert Column Zankin ") &&
+        const bool done = bindIdOr(1, id) && bindTextOr(2, namae, "error insert Column Namae") &&
+                          bindIntOr(3, syokiKingaku, "error insert Column SyokiKingaku ") &&
+                          bindIntOr(4, syokiKingaku, "error insert Column Zankin ") &&
                           stepDone("failure inserting sisan : ");
         finalize();
         if (!done || !commitStep(step)) return false;

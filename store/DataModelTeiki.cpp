@@ -196,11 +196,13 @@ bool DataModel::postTeikiEntry(const Teiki& teiki, const TeikiPosting& posting, 
     splitHizuke(posting.Hizuke, &nen, &tuki, &hi);  // checked by the caller
     const int64_t kind = teiki.SyubetuNo;
     if (kind == kSyubetuSisyutu || kind == kSyubetuSyuunyuu) {
-        if (!insertItemRow(kind == kSyubetuSisyutu ? kInsertSyukkin : kInsertNyuukin,
-                           "error preparing Syukkin,Nyuukin insert: ", posting.Hizuke, nen, tuki, hi, teiki.SisanNo,
-                           kind, teiki.HimokuNo, -1, posting.Kingaku, teiki.Bikou))
+        int64_t id = 0;
+        if (!newRowIdOr("Items", &id) ||
+            !insertItemRow(kind == kSyubetuSisyutu ? kInsertSyukkin : kInsertNyuukin,
+                           "error preparing Syukkin,Nyuukin insert: ", id, posting.Hizuke, nen, tuki, hi,
+                           teiki.SisanNo, kind, teiki.HimokuNo, -1, posting.Kingaku, teiki.Bikou))
             return false;
-        kiroku->ItemId = sqlite3_last_insert_rowid(db);
+        kiroku->ItemId = id ? id : sqlite3_last_insert_rowid(db);
         return true;
     }
     // A transfer: both rows, each naming the other, as the entry panel makes them.

@@ -6,6 +6,7 @@
 #include "store/Changeset.h"
 #include "store/ChangesetDigest.h"
 #include "store/DataModel.h"
+#include "store/DerivedValues.h"
 #include "store/FindById.h"
 #include "store/RecordedStep.h"
 #include "store/StepApply.h"
@@ -82,6 +83,7 @@ bool DataModel::commitStep(RecordedStep& step)
     // they were before this step (its own wait for the end).
     storePendingZankin();
     if (ordinary && zankinExact) applyZankinDeltas(digest);
+    if (step.entry().Id != 0 && commitListener) commitListener();
     return true;
 }
 
@@ -100,6 +102,8 @@ void DataModel::noteRecorded(const HistoryEntry& entry, bool notify)
     case HistoryKind::Redo:
         moveBetween(redoStack, undoStack, entry.Target);
         break;
+    case HistoryKind::Synced:
+        break;  // another PC's operation: 元に戻す and やり直す act on this PC's own steps
     }
     if (notify && historyListener) historyListener();
 }
@@ -145,6 +149,15 @@ bool DataModel::replay(int64_t historyId, HistoryKind kind, StepFocus* focus)
         someMessageWithAlert("error reading the history: a damaged change");
         return false;
     }
+    if (applied.empty()) {
+        // A step left without effect here (another PC's change took its
+        // place): there is nothing to take back or make again.
+        if (kind == HistoryKind::Revert) return true;
+        if (kind == HistoryKind::Undo) moveBetween(undoStack, redoStack, target.Id);
+        if (kind == HistoryKind::Redo) moveBetween(redoStack, undoStack, target.Id);
+        if (historyListener) historyListener();
+        return true;
+    }
     // One pass over what will be applied serves the checks, the history
     // row and the lists afterwards.
     ChangesetDigest digest;
@@ -156,10 +169,7 @@ bool DataModel::replay(int64_t historyId, HistoryKind kind, StepFocus* focus)
                               : kind == HistoryKind::Redo ? redoStepLabel(target.Label)
                                                           : revertStepLabel(target.Label);
     // What the lists show now, for the balances and the ledger afterwards.
-    const Sisan* shown = theSisanNo >= 0 && theSisanNo < static_cast<int64_t>(sisanList.size())
-                             ? sisanList[static_cast<size_t>(theSisanNo)].get()
-                             : nullptr;
-    const int64_t shownSisanId = shown ? shown->Id : 0;
+    const int64_t shownSisanId = this->shownSisanId();
     const bool exact = zankinExact;
     std::vector<std::pair<int64_t, int64_t>> zankinBefore;
     for (const auto& sisan : sisanList) zankinBefore.emplace_back(sisan->Id, sisan->Zankin);
@@ -196,10 +206,12 @@ void DataModel::reportConflict(HistoryKind kind, const HistoryEntry& target, con
     if (conflict.why == Why::Failed) {
         message += conflict.detail + "\n";
     } else {
-        // A redo follows its own undo with no step between (a new step empties
-        // the redo list): what blocks it was changed outside the history.
+        // What blocks it is the newest later operation that changed the row:
+        // for a redo another PC's (a new step of this PC empties the redo
+        // list), never the undo it would take back.
         HistoryEntry blocker;
-        if (kind != HistoryKind::Redo) findLatestTouching(db, target.Id, conflict.table.c_str(), conflict.key, &blocker);
+        findLatestTouching(db, target.Id, conflict.table.c_str(), conflict.key, &blocker);
+        if (blocker.Kind == HistoryKind::Undo && blocker.Target == target.Id) blocker.Id = 0;
         if (blocker.Id != 0)
             message += "後の操作「" + blocker.Label + "」（" + formatHistoryTime(blocker.At) + "）が" +
                        reasonOf(conflict) + "。\n";

@@ -78,7 +78,8 @@ int64_t DataModel::focusSisanOf(const ChangesetDigest& digest, int64_t shownSisa
 }
 
 bool DataModel::showEffects(const ChangesetDigest& digest, int64_t shownSisanId, bool exact,
-                            const std::vector<std::pair<int64_t, int64_t>>& zankinBefore, StepFocus* focus)
+                            const std::vector<std::pair<int64_t, int64_t>>& zankinBefore, StepFocus* focus,
+                            bool followChange)
 {
     if (digest.himokuChanged && !readFromHimokuTable()) return false;
     if (digest.teikiChanged && !readFromTeikiTable()) return false;
@@ -101,7 +102,8 @@ bool DataModel::showEffects(const ChangesetDigest& digest, int64_t shownSisanId,
         return false;
     }
 
-    const int64_t focusSisanId = focusSisanOf(digest, shownSisanId);
+    const bool stillShown = sisanId2Idx.find(shownSisanId) != nullptr;
+    const int64_t focusSisanId = followChange || !stillShown ? focusSisanOf(digest, shownSisanId) : shownSisanId;
     const int64_t* position = sisanId2Idx.find(focusSisanId);
     theSisanNo = position ? *position : 0;
     const bool ledgerChanged =
@@ -129,6 +131,13 @@ bool DataModel::showEffects(const ChangesetDigest& digest, int64_t shownSisanId,
     }
     if (himokuId2Idx.find(digest.himokuRow)) focus->himokuId = digest.himokuRow;
     return true;
+}
+
+int64_t DataModel::shownSisanId() const
+{
+    return theSisanNo >= 0 && theSisanNo < static_cast<int64_t>(sisanList.size())
+               ? sisanList[static_cast<size_t>(theSisanNo)]->Id
+               : 0;
 }
 
 bool DataModel::patchItemList(const ChangesetDigest& digest)

@@ -5,10 +5,14 @@
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <algorithm>
 #include <set>
 
+#include "store/BookTables.h"
 #include "store/Changeset.h"
+#include "store/ChangesetDigest.h"
 #include "store/Statement.h"
+#include "store/StatementCache.h"
 
 namespace {
 
@@ -68,6 +72,24 @@ HistoryEntry entryOf(const Statement& s)
     return e;
 }
 
+// The value of the first column of the first row; nothing read when there is none.
+template <typename Read>
+bool readOne(StatementCache& cache, const char* sql, int64_t id, Read read)
+{
+    Statement* s = cache.get(sql);
+    if (!s || s->bindInt64(1, id) != SQLITE_OK) return false;
+    switch (s->step()) {
+    case Step::Row:
+        read(*s);
+        return true;
+    case Step::Done:
+        return true;
+    case Step::Error:
+        return false;
+    }
+    return false;
+}
+
 // The key of the changed row (every recorded table here keys on column 0).
 int64_t keyOf(const ChangesetReader& r)
 {
@@ -110,33 +132,70 @@ void declareDerivedTable(const std::string& name)
 
 bool isRecordedTable(const char* name)
 {
-    if (std::strcmp(name, "History") == 0) return false;
     const std::string table = name;
+    for (const TableLayout& layout : optionalBookTables())
+        if (!layout.recorded && layout.name == table) return false;
     for (const auto& derived : derivedTables())
         if (table == derived || table.rfind(derived + "_", 0) == 0) return false;
     return true;
 }
 
-bool isDerivedColumn(const char* table, int column)
-{
-    return (column == 3 && std::strcmp(table, "Sisan") == 0) || (column == 4 && std::strcmp(table, "Himoku") == 0);
-}
-
 bool insertHistoryEntry(sqlite3* db, HistoryEntry* entry, const std::string& changeset)
 {
-    Statement s;
-    if (!s.prepare(db, "INSERT INTO History (At, Kind, Target, Label, Sisans, Changes, Deletes, Changeset) "
-                       "VALUES (?,?,?,?,?,?,?,?)"))
-        return false;
-    const bool bound = s.bindInt64(1, entry->At) == SQLITE_OK &&
-                       s.bindInt64(2, static_cast<int64_t>(entry->Kind)) == SQLITE_OK &&
-                       (entry->Target ? s.bindInt64(3, entry->Target) : s.bindNull(3)) == SQLITE_OK &&
-                       s.bindText(4, entry->Label) == SQLITE_OK && s.bindText(5, entry->Sisans) == SQLITE_OK &&
-                       s.bindInt64(6, entry->Changes) == SQLITE_OK && s.bindInt64(7, entry->Deletes) == SQLITE_OK &&
-                       s.bindBlob(8, changeset) == SQLITE_OK;
-    if (!bound || s.step() != Step::Done) return false;
-    entry->Id = sqlite3_last_insert_rowid(db);
+    StatementCache cache(db);
+    return insertHistoryEntry(cache, entry, changeset);
+}
+
+bool insertHistoryEntry(StatementCache& cache, HistoryEntry* entry, const std::string& changeset)
+{
+    Statement* s = cache.get("INSERT INTO History (At, Kind, Target, Label, Sisans, Changes, Deletes, Changeset) "
+                             "VALUES (?,?,?,?,?,?,?,?)");
+    if (!s) return false;
+    const bool bound = s->bindInt64(1, entry->At) == SQLITE_OK &&
+                       s->bindInt64(2, static_cast<int64_t>(entry->Kind)) == SQLITE_OK &&
+                       (entry->Target ? s->bindInt64(3, entry->Target) : s->bindNull(3)) == SQLITE_OK &&
+                       s->bindText(4, entry->Label) == SQLITE_OK && s->bindText(5, entry->Sisans) == SQLITE_OK &&
+                       s->bindInt64(6, entry->Changes) == SQLITE_OK && s->bindInt64(7, entry->Deletes) == SQLITE_OK &&
+                       s->bindBlob(8, changeset) == SQLITE_OK;
+    if (!bound || s->step() != Step::Done) return false;
+    entry->Id = sqlite3_last_insert_rowid(cache.db());
     return true;
+}
+
+bool summarizeChangeset(sqlite3* db, const std::string& changeset, HistoryEntry* entry)
+{
+    StatementCache cache(db);
+    return summarizeChangeset(cache, changeset, entry);
+}
+
+bool summarizeChangeset(StatementCache& db, const std::string& changeset, HistoryEntry* entry)
+{
+    ChangesetDigest digest;
+    if (!digestChangeset(changeset, 0, &digest)) return false;
+    for (const auto& update : digest.updates) {
+        if (update.after[0]) continue;  // its asset is in the digest already
+        if (!readOne(db, "SELECT SisanNo FROM Items WHERE Id = ?", update.id,
+                     [&](const Statement& s) { digest.sisanIds.insert(s.columnInt(0)); }))
+            return false;
+    }
+    bool read = true;
+    entry->Sisans = sisanNamesOf(digest, [&](int64_t id) {
+        std::string name = "????";
+        read = read && readOne(db, "SELECT Namae FROM Sisan WHERE Id = ?", id,
+                               [&](const Statement& s) { name = s.columnText(0); });
+        return name;
+    });
+    entry->Changes = digest.changes;
+    entry->Deletes = digest.deletes;
+    return read;
+}
+
+bool updateHistoryChangeset(StatementCache& cache, const HistoryEntry& entry, const std::string& changeset)
+{
+    Statement* s = cache.get("UPDATE History SET Sisans = ?, Changes = ?, Deletes = ?, Changeset = ? WHERE Id = ?");
+    return s && s->bindText(1, entry.Sisans) == SQLITE_OK && s->bindInt64(2, entry.Changes) == SQLITE_OK &&
+           s->bindInt64(3, entry.Deletes) == SQLITE_OK && s->bindBlob(4, changeset) == SQLITE_OK &&
+           s->bindInt64(5, entry.Id) == SQLITE_OK && s->step() == Step::Done;
 }
 
 bool readHistoryEntry(sqlite3* db, int64_t id, HistoryEntry* entry, std::string* changeset)
@@ -208,7 +267,7 @@ bool findLatestTouching(sqlite3* db, int64_t afterId, const char* table, int64_t
     return read && found->Id != 0;
 }
 
-bool pruneHistory(sqlite3* db, int64_t nowMs, const HistoryLimits& limits)
+bool pruneHistory(sqlite3* db, int64_t nowMs, const HistoryLimits& limits, int64_t keepFromId)
 {
     Statement s;
     if (!s.prepare(db, "SELECT Id, At, length(Changeset) FROM History ORDER BY Id DESC")) return false;
@@ -225,7 +284,8 @@ bool pruneHistory(sqlite3* db, int64_t nowMs, const HistoryLimits& limits)
             return true;
         }))
         return false;
-    if (cutoff == 0) return true;
+    if (keepFromId > 0) cutoff = std::min(cutoff, keepFromId - 1);
+    if (cutoff <= 0) return true;
     return s.prepare(db, "DELETE FROM History WHERE Id <= ?") && s.bindInt64(1, cutoff) == SQLITE_OK &&
            s.step() == Step::Done;
 }

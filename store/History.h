@@ -6,6 +6,7 @@
 #include <vector>
 
 struct sqlite3;
+class StatementCache;
 
 // The book's history: the table History holds one row per recorded
 // operation, oldest first, each with the changeset (the session extension's
@@ -20,6 +21,7 @@ enum class HistoryKind : int64_t {
     Undo = 2,    // 元に戻す of Target: Target's changes inverted
     Redo = 3,    // やり直す of Target: Target's changes made again
     Revert = 4,  // この操作を取り消す: Target's changes inverted as a new step
+    Synced = 5,  // an operation made on another PC, brought in through the sync folder
 };
 
 struct HistoryEntry {
@@ -42,18 +44,22 @@ void setHistoryClock(std::function<int64_t()> clock);
 // "2026/11/23 10:15" in the local time zone.
 std::string formatHistoryTime(int64_t ms);
 
-// Tables whose changes are recorded: every table except the history itself
-// and the tables declared derived, which the program rebuilds from the
-// others (a search index, with the shadow tables named NAME_...). The
-// session extension records only tables with a declared PRIMARY KEY.
+// Tables whose changes are recorded: every table except the book's own
+// bookkeeping (the history itself and the sync record, BookTables.h) and the
+// tables declared derived, which the program rebuilds from the others (a
+// search index, with the shadow tables named NAME_...). The session
+// extension records only tables with a declared PRIMARY KEY.
 void declareDerivedTable(const std::string& name);
 bool isRecordedTable(const char* name);
-// Columns whose values are derived from other rows: an asset's stored
-// balance (Sisan.Zankin) and a category's sub-item count (Himoku.Ucount).
-bool isDerivedColumn(const char* table, int column);
+
+// Sets the entry's Sisans, Changes and Deletes from the changeset and the
+// book as it is now (the names of the assets it touched).
+bool summarizeChangeset(sqlite3* db, const std::string& changeset, HistoryEntry* entry);
+bool summarizeChangeset(StatementCache& cache, const std::string& changeset, HistoryEntry* entry);
 
 // Appends the row and sets entry->Id.
 bool insertHistoryEntry(sqlite3* db, HistoryEntry* entry, const std::string& changeset);
+bool insertHistoryEntry(StatementCache& cache, HistoryEntry* entry, const std::string& changeset);
 bool readHistoryEntry(sqlite3* db, int64_t id, HistoryEntry* entry, std::string* changeset);
 // Rows newest first; with deletesOnly only those that deleted rows.
 bool readHistoryEntries(sqlite3* db, bool deletesOnly, std::vector<HistoryEntry>* entries);
@@ -70,5 +76,9 @@ struct HistoryLimits {
 };
 
 // Deletes the oldest rows until the rest are within the limits (whichever is
-// smaller), never one of the newest limits.keep. One statement.
-bool pruneHistory(sqlite3* db, int64_t nowMs, const HistoryLimits& limits = {});
+// smaller), never one of the newest limits.keep, nor row keepFromId and
+// later ones (0: none kept so; sync still needs them). One statement.
+bool pruneHistory(sqlite3* db, int64_t nowMs, const HistoryLimits& limits = {}, int64_t keepFromId = 0);
+// Replaces an operation's record of what it did (after sync replayed it
+// with another effect) and its summary.
+bool updateHistoryChangeset(StatementCache& cache, const HistoryEntry& entry, const std::string& changeset);

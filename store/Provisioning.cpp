@@ -10,6 +10,7 @@
 #include "store/History.h"
 #include "store/HouseholdTables.h"
 #include "store/ImportTables.h"
+#include "store/SyncLog.h"
 #include "store/TeikiTables.h"
 #include "store/Transaction.h"
 
@@ -60,11 +61,12 @@ bool runAll(sqlite3* db, const char* const* first, const char* const* last, std:
     return true;
 }
 
-// The history of undoable steps lives in the book; a book of an earlier
-// version gets the table when it is opened.
+// The history of undoable steps and the record of sync live in the book; a
+// book of an earlier version gets their tables when it is opened.
 bool addHistory(sqlite3* db, std::string* error)
 {
-    return createHistoryTable(db) || fail(error, std::string(sqlite3_errmsg(db)) + ": the history table");
+    return (createHistoryTable(db) || fail(error, std::string(sqlite3_errmsg(db)) + ": the history table")) &&
+           (createSyncTables(db) || fail(error, std::string(sqlite3_errmsg(db)) + ": the sync tables"));
 }
 
 // The household tables live in the book; a book of an earlier version gets

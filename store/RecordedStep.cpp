@@ -1,58 +1,15 @@
 #include "store/RecordedStep.h"
 
-#define SQLITE_ENABLE_SESSION
-#define SQLITE_ENABLE_PREUPDATE_HOOK
 #include <sqlite3.h>
 
-#include "store/ChangesetDigest.h"
 #include "store/Statement.h"
+#include "store/SyncLog.h"
 
 namespace {
 
 int recordTable(void*, const char* table)
 {
     return isRecordedTable(table) ? 1 : 0;
-}
-
-// The value of the first column of the first row, or fallback.
-template <typename Read>
-bool readOne(sqlite3* db, const char* sql, int64_t id, Read read)
-{
-    Statement s;
-    if (!s.prepare(db, sql) || s.bindInt64(1, id) != SQLITE_OK) return false;
-    switch (s.step()) {
-    case Step::Row:
-        read(s);
-        return true;
-    case Step::Done:
-        return true;
-    case Step::Error:
-        return false;
-    }
-    return false;
-}
-
-// The summary fields from the changes and the book as it is in the step.
-bool summarize(sqlite3* db, const std::string& changeset, HistoryEntry* entry)
-{
-    ChangesetDigest digest;
-    if (!digestChangeset(changeset, 0, &digest)) return false;
-    for (const auto& update : digest.updates) {
-        if (update.after[0]) continue;  // its asset is in the digest already
-        if (!readOne(db, "SELECT SisanNo FROM Items WHERE Id = ?", update.id,
-                     [&](const Statement& s) { digest.sisanIds.insert(s.columnInt(0)); }))
-            return false;
-    }
-    bool read = true;
-    entry->Sisans = sisanNamesOf(digest, [&](int64_t id) {
-        std::string name = "????";
-        read = read && readOne(db, "SELECT Namae FROM Sisan WHERE Id = ?", id,
-                               [&](const Statement& s) { name = s.columnText(0); });
-        return name;
-    });
-    entry->Changes = digest.changes;
-    entry->Deletes = digest.deletes;
-    return read;
 }
 
 }  // namespace
@@ -147,8 +104,11 @@ bool RecordedStep::commit()
     if (!error_.empty()) return false;
     if (!changeset_.empty()) {
         entry_.At = historyNowMs();
-        if ((!summarized_ && !summarize(db_, changeset_, &entry_)) || !insertHistoryEntry(db_, &entry_, changeset_))
+        if ((!summarized_ && !summarizeChangeset(db_, changeset_, &entry_)) ||
+            !insertHistoryEntry(db_, &entry_, changeset_))
             return fail("failure recording history: ");
+        // A book that syncs ships the step as this PC's next operation.
+        if (!logLocalStep(db_, entry_.Id, entry_.At)) return fail("failure recording the step for sync: ");
     }
     if (!tx_.commit()) {
         entry_.Id = 0;

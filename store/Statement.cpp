@@ -22,6 +22,13 @@ Step Statement::step()
     }
 }
 
+bool Statement::run()
+{
+    Step s = step();
+    while (s == Step::Row) s = step();
+    return s == Step::Done;
+}
+
 void Statement::reset()
 {
     sqlite3_reset(stmt_);
@@ -59,6 +66,22 @@ int Statement::bindNull(int index)
     return sqlite3_bind_null(stmt_, index);
 }
 
+int Statement::bindValue(int index, const Value& value)
+{
+    switch (value.type) {
+    case Value::Type::Integer:
+        return bindInt64(index, value.integer);
+    case Value::Type::Real:
+        return sqlite3_bind_double(stmt_, index, value.real);
+    case Value::Type::Text:
+        return sqlite3_bind_text64(stmt_, index, value.bytes.data(), value.bytes.size(), SQLITE_STATIC, SQLITE_UTF8);
+    case Value::Type::Blob:
+        return bindBlob(index, value.bytes);
+    default:
+        return bindNull(index);
+    }
+}
+
 int Statement::columnCount() const
 {
     return sqlite3_column_count(stmt_);
@@ -94,6 +117,11 @@ std::string Statement::columnBlob(int column) const
 bool Statement::columnIsNull(int column) const
 {
     return sqlite3_column_type(stmt_, column) == SQLITE_NULL;
+}
+
+Value Statement::columnValue(int column) const
+{
+    return Value::of(sqlite3_column_value(stmt_, column));
 }
 
 int64_t Statement::columnSum(int column) const

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "store/BookValues.h"
+#include "store/Value.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -26,7 +27,10 @@ public:
 
     // True when sql (whole text) was prepared on db.
     bool prepare(sqlite3* db, const std::string& sql);
+    bool prepared() const { return stmt_ != nullptr; }
     Step step();
+    // Steps a statement that returns no rows to its end; false on an error.
+    bool run();
     // Steps through every row, calling onRow() at each; true when the rows
     // ended, false when a step failed.
     template <typename OnRow>
@@ -42,6 +46,9 @@ public:
     int bindInt64(int index, int64_t value);
     int bindBlob(int index, const std::string& bytes);
     int bindNull(int index);
+    // Any value copied out of SQLite: Absent and Null bind NULL. Text and
+    // blobs are bound without a copy, like bindBlob.
+    int bindValue(int index, const Value& value);
 
     int columnCount() const;
     // Column readers of the current row; NULL reads as 0 or "". Integers
@@ -54,6 +61,8 @@ public:
     std::string columnText(int column) const;
     std::string columnBlob(int column) const;
     bool columnIsNull(int column) const;
+    // The column as it is stored, whatever its type.
+    Value columnValue(int column) const;
     // A SUM column read through its decimal text, which keeps all 64 bits.
     int64_t columnSum(int column) const;
 

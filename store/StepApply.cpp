@@ -1,7 +1,5 @@
 #include "store/StepApply.h"
 
-#define SQLITE_ENABLE_SESSION
-#define SQLITE_ENABLE_PREUPDATE_HOOK
 #include <sqlite3.h>
 
 #include <cstring>
@@ -11,6 +9,7 @@
 #include <vector>
 
 #include "store/ChangesetDigest.h"
+#include "store/BookTables.h"
 #include "store/History.h"
 #include "store/Statement.h"
 
@@ -187,13 +186,4 @@ bool applyChangeset(sqlite3* db, const std::string& changeset, const ChangesetDi
         return false;
     }
     return checkReferences(db, digest, conflict);
-}
-
-bool recountUcount(sqlite3* db)
-{
-    Statement s;
-    return s.prepare(db, "UPDATE Himoku SET Ucount = c.n FROM (SELECT Hno, COUNT(*) AS n FROM Himoku "
-                         "WHERE Ucount = 0 GROUP BY Hno) AS c "
-                         "WHERE Himoku.Id = c.Hno AND Himoku.Ucount > 0 AND Himoku.Ucount <> c.n") &&
-           s.step() == Step::Done;
 }

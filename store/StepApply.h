@@ -33,7 +33,3 @@ struct ApplyConflict {
 // such row is a conflict too.
 bool applyChangeset(sqlite3* db, const std::string& changeset, const ChangesetDigest& digest,
                     ApplyConflict* conflict);
-
-// Sets every category's sub-item count to the number of its sub-items where
-// it differs (never to 0). True when the statement ran.
-bool recountUcount(sqlite3* db);

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "sync/Value.h"
+#include "store/Value.h"
 
-struct sqlite3;
+class StatementCache;
 
 enum class ChangeKind { Insert, Update, Delete };
 
@@ -30,12 +30,9 @@ struct Change {
 // Every change of a changeset, in its order. False when it is malformed.
 bool readChanges(const std::string& changeset, std::vector<Change>* changes);
 
-// The changeset undoing it (SQLite's own inversion). False when malformed.
-bool invertChangeset(const std::string& changeset, std::string* inverted);
-
-// The current row of table with the given Id, all columns; empty when it is
-// not there (or on an error, then *failed is set).
-Row readRow(sqlite3* db, const std::string& table, int64_t id, bool* failed);
-bool rowExists(sqlite3* db, const std::string& table, int64_t id, bool* failed);
+// The current row of table (Sisan, Items or Himoku) with the given Id, all
+// columns; empty when it is not there (or on an error, then *failed is set).
+Row readRow(StatementCache& sql, const std::string& table, int64_t id, bool* failed);
+bool rowExists(StatementCache& sql, const std::string& table, int64_t id, bool* failed);
 // Inserts row (every column, in order) into table.
-bool insertRow(sqlite3* db, const std::string& table, const Row& row);
+bool insertRow(StatementCache& sql, const std::string& table, const Row& row);

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "sync/OpKey.h"
+#include "store/OpKey.h"
 
 // How to bring newly arrived operations into the one order: rewind the
 // newest `rewind` operations applied here (newest first), then apply

@@ -2,27 +2,35 @@
 
 #include <sqlite3.h>
 
-#include "sync/BookTables.h"
+#include <algorithm>
+
+#include "store/BookTables.h"
+#include "store/Changeset.h"
+#include "store/History.h"
+#include "store/StatementCache.h"
 #include "sync/Changes.h"
 #include "sync/ConflictPolicy.h"
 #include "sync/Repair.h"
-#include "sync/SyncStatement.h"
 #include "sync/Tombstones.h"
 
 namespace {
 
-// A session recording every change of the three tables while it lives.
+int onlyBookTables(void*, const char* table) { return bookTable(table) != nullptr; }
+int recordedTables(void*, const char* table) { return isRecordedTable(table); }
+
+using TableFilter = int (*)(void*, const char*);
+TableFilter filterOf(OpOrigin origin) { return origin == OpOrigin::Own ? recordedTables : onlyBookTables; }
+
+// A session recording every change of the operation's tables while it lives.
 class Recording {
 public:
-    explicit Recording(sqlite3* db)
+    Recording(sqlite3* db, OpOrigin origin)
     {
         if (sqlite3session_create(db, "main", &session_) != SQLITE_OK) return;
-        for (const BookTable& table : bookTables()) {
-            if (sqlite3session_attach(session_, table.name) != SQLITE_OK) {
-                sqlite3session_delete(session_);
-                session_ = nullptr;
-                return;
-            }
+        sqlite3session_table_filter(session_, filterOf(origin), nullptr);
+        if (sqlite3session_attach(session_, nullptr) != SQLITE_OK) {
+            sqlite3session_delete(session_);
+            session_ = nullptr;
         }
     }
     ~Recording()
@@ -33,6 +41,7 @@ public:
     Recording& operator=(const Recording&) = delete;
 
     bool started() const { return session_ != nullptr; }
+    bool isEmpty() const { return sqlite3session_isempty(session_) != 0; }
 
     bool changeset(std::string* bytes) const
     {
@@ -60,6 +69,7 @@ struct RawNotice {
 
 struct HandlerState {
     bool rewinding = false;
+    bool conflicted = false;  // the handler was called at all
     std::vector<RestoreRequest> restores;
     std::vector<RawNotice> notices;
     std::string abortedOn;  // the table of a change that stopped the apply
@@ -122,6 +132,7 @@ ConflictFacts factsOf(ConflictType type, ChangeKind change, const std::string& t
 int onConflict(void* context, int conflict, sqlite3_changeset_iter* iter)
 {
     auto* state = static_cast<HandlerState*>(context);
+    state->conflicted = true;
     const char* name = nullptr;
     int columns = 0, op = 0, indirect = 0;
     if (sqlite3changeset_op(iter, &name, &columns, &op, &indirect) != SQLITE_OK) return SQLITE_CHANGESET_ABORT;
@@ -160,16 +171,14 @@ int onConflict(void* context, int conflict, sqlite3_changeset_iter* iter)
     return SQLITE_CHANGESET_ABORT;
 }
 
-// Only the three tables are ever written by an operation.
-int onlyBookTables(void*, const char* table) { return bookTable(table) != nullptr; }
-
-bool applyWithRules(sqlite3* db, const std::string& changeset, HandlerState* state, std::string* error)
+bool applyWithRules(sqlite3* db, const std::string& changeset, OpOrigin origin, HandlerState* state,
+                    std::string* error)
 {
     const int rc = sqlite3changeset_apply_v2(db, static_cast<int>(changeset.size()), const_cast<char*>(changeset.data()),
-                                             onlyBookTables, onConflict, state, nullptr, nullptr, 0);
+                                             filterOf(origin), onConflict, state, nullptr, nullptr, 0);
     if (rc == SQLITE_OK) return true;
     if (error) {
-        *error = state->abortedOn.empty() ? std::string("apply: ") + sqlite3_errstr(rc) + ": " + sqliteError(db)
+        *error = state->abortedOn.empty() ? std::string("apply: ") + sqlite3_errstr(rc) + ": " + sqlite3_errmsg(db)
                                           : "apply: the book does not fit the change of " + state->abortedOn;
     }
     return false;
@@ -182,51 +191,139 @@ int64_t countDeletes(const std::vector<Change>& changes)
     return n;
 }
 
-}  // namespace
-
-bool applyOp(sqlite3* db, const OpKey& key, const std::string& changeset, AppliedOp* applied, std::string* error)
+bool sessionFailed(sqlite3* db, std::string* error)
 {
-    Recording recording(db);
-    if (!recording.started()) {
-        if (error) *error = "session: " + sqliteError(db);
-        return false;
-    }
-    HandlerState state;
-    if (!applyWithRules(db, changeset, &state, error)) return false;
+    if (error) *error = std::string("session: ") + sqlite3_errmsg(db);
+    return false;
+}
 
-    std::string soFar;
-    std::vector<Change> changes;
-    if (!recording.changeset(&soFar) || !readChanges(soFar, &changes)) {
-        if (error) *error = "session: " + sqliteError(db);
-        return false;
-    }
+bool sqlOk(StatementCache& sql, const char* text)
+{
+    Statement* s = sql.get(text);
+    return s && s->run();
+}
+
+// The changeset of `first` followed by `then`, as one.
+bool combine(const std::string& first, const std::string& then, std::string* out)
+{
+    sqlite3_changegroup* group = nullptr;
+    if (sqlite3changegroup_new(&group) != SQLITE_OK) return false;
+    int size = 0;
+    void* bytes = nullptr;
+    const bool done = sqlite3changegroup_add(group, static_cast<int>(first.size()), const_cast<char*>(first.data())) ==
+                          SQLITE_OK &&
+                      sqlite3changegroup_add(group, static_cast<int>(then.size()), const_cast<char*>(then.data())) ==
+                          SQLITE_OK &&
+                      sqlite3changegroup_output(group, &size, &bytes) == SQLITE_OK;
+    if (done) out->assign(static_cast<const char*>(bytes), static_cast<size_t>(size));
+    sqlite3_free(bytes);
+    sqlite3changegroup_delete(group);
+    return done;
+}
+
+// The notices of what the conflict handler did, in words.
+void wordNotices(StatementCache& sql, const OpKey& key, const HandlerState& state, AppliedOp* applied)
+{
     for (const RawNotice& raw : state.notices) {
         SyncNotice n{raw.kind, key, raw.table, raw.id, noticeText(raw.kind, raw.table, raw.row),
-                     describeRow(db, raw.table, raw.row), raw.losing};
+                     describeRow(sql, raw.table, raw.row), raw.losing};
         applied->notices.push_back(std::move(n));
     }
-    Tombstones tombstones(db);
-    if (!repairAfterOp(db, key, tombstones, changes, state.restores, &applied->notices, error)) return false;
+}
 
-    changes.clear();
-    if (!recording.changeset(&applied->effective) || !readChanges(applied->effective, &changes) ||
-        !collectTouchedSisans(db, changes, &applied->touchedSisans)) {
-        if (error) *error = "session: " + sqliteError(db);
-        return false;
+// After an apply that met no conflict: what it did is exactly what it
+// shipped, so only the repair step is recorded, and only when it changed
+// anything. (Recording the whole apply costs more than the apply itself.)
+bool finishUnopposed(StatementCache& sql, const OpKey& key, const std::string& changeset,
+                     std::vector<Change> changes, OpOrigin origin, AppliedOp* applied, std::string* error)
+{
+    sqlite3* db = sql.db();
+    {
+        Recording repairs(db, origin);
+        if (!repairs.started()) return sessionFailed(db, error);
+        Tombstones tombstones(sql, key);
+        if (!repairAfterOp(sql, key, tombstones, changes, {}, &applied->notices, error)) return false;
+        if (repairs.isEmpty()) {
+            applied->effective = changeset;
+        } else {
+            std::string repaired;
+            changes.clear();
+            if (!repairs.changeset(&repaired) || !combine(changeset, repaired, &applied->effective) ||
+                !readChanges(applied->effective, &changes))
+                return sessionFailed(db, error);
+        }
     }
+    if (!collectTouchedSisans(sql, changes, &applied->touchedSisans)) return sessionFailed(db, error);
     applied->deletes = countDeletes(changes);
     return true;
 }
 
-bool rewindOp(sqlite3* db, const std::string& effective, std::set<int64_t>* touchedSisans, std::string* error)
+// An apply that met conflicts, recorded whole: the rules kept some changes
+// out and let others replace what was there.
+bool applyRecorded(StatementCache& sql, const OpKey& key, const std::string& changeset, OpOrigin origin,
+                   AppliedOp* applied, std::string* error)
+{
+    sqlite3* db = sql.db();
+    Recording recording(db, origin);
+    if (!recording.started()) return sessionFailed(db, error);
+    HandlerState state;
+    if (!applyWithRules(db, changeset, origin, &state, error)) return false;
+
+    std::string soFar;
+    std::vector<Change> changes;
+    if (!recording.changeset(&soFar) || !readChanges(soFar, &changes)) return sessionFailed(db, error);
+    wordNotices(sql, key, state, applied);
+    Tombstones tombstones(sql, key);
+    if (!repairAfterOp(sql, key, tombstones, changes, state.restores, &applied->notices, error)) return false;
+
+    changes.clear();
+    if (!recording.changeset(&applied->effective) || !readChanges(applied->effective, &changes) ||
+        !collectTouchedSisans(sql, changes, &applied->touchedSisans))
+        return sessionFailed(db, error);
+    applied->deletes = countDeletes(changes);
+    return true;
+}
+
+}  // namespace
+
+bool applyOp(StatementCache& sql, const OpKey& key, const std::string& changeset, OpOrigin origin, AppliedOp* applied,
+             std::string* error)
+{
+    std::vector<Change> changes;
+    if (!readChanges(changeset, &changes)) {
+        if (error) *error = "apply: a damaged changeset";
+        return false;
+    }
+    // Most operations meet no conflict: applied without a recording inside
+    // a savepoint, and again with one when they do. An operation with
+    // changes the filter leaves out is recorded from the start.
+    const TableFilter filter = filterOf(origin);
+    const bool whole = std::all_of(changes.begin(), changes.end(),
+                                   [&](const Change& c) { return filter(nullptr, c.table.c_str()) != 0; });
+    if (whole) {
+        if (!sqlOk(sql, "SAVEPOINT op")) return sessionFailed(sql.db(), error);
+        HandlerState state;
+        const bool applied_ = applyWithRules(sql.db(), changeset, origin, &state, error);
+        if (applied_ && !state.conflicted) {
+            const bool done = finishUnopposed(sql, key, changeset, std::move(changes), origin, applied, error);
+            return sqlOk(sql, "RELEASE op") && done;
+        }
+        if (!sqlOk(sql, "ROLLBACK TO op") || !sqlOk(sql, "RELEASE op")) return sessionFailed(sql.db(), error);
+        if (!applied_ && state.abortedOn.empty()) return false;
+    }
+    return applyRecorded(sql, key, changeset, origin, applied, error);
+}
+
+bool rewindOp(StatementCache& sql, const std::string& effective, OpOrigin origin, std::set<int64_t>* touchedSisans,
+              std::string* error)
 {
     std::string inverse;
     std::vector<Change> changes;
     if (!invertChangeset(effective, &inverse) || !readChanges(inverse, &changes)) {
-        if (error) *error = "rewind: a damaged changeset in the sync log";
+        if (error) *error = "rewind: a damaged changeset in the history";
         return false;
     }
     HandlerState state;
     state.rewinding = true;
-    return applyWithRules(db, inverse, &state, error) && collectTouchedSisans(db, changes, touchedSisans);
+    return applyWithRules(sql.db(), inverse, origin, &state, error) && collectTouchedSisans(sql, changes, touchedSisans);
 }

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "sync/OpKey.h"
-#include "sync/Uuid.h"
+#include "store/OpKey.h"
+#include "store/Uuid.h"
 
 // The layout version of the recorded tables as operations carry them.
 // Raise it whenever a recorded table gains, loses or changes a column: SQLite

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <deque>
 
+#include <sqlite3.h>
+
+#include "store/BookTables.h"
+#include "store/DerivedValues.h"
 #include "store/Items.h"
-#include "sync/BookTables.h"
-#include "sync/SyncStatement.h"
+#include "store/StatementCache.h"
 
 namespace {
 
@@ -13,8 +16,8 @@ bool isTransferKind(int64_t kind) { return kind == kSyubetuIdouMoto || kind == k
 
 class Repairer {
 public:
-    Repairer(sqlite3* db, const OpKey& op, Tombstones& tombstones, std::vector<SyncNotice>* notices)
-        : db_(db), op_(op), tombstones_(tombstones), notices_(notices)
+    Repairer(StatementCache& sql, const OpKey& op, Tombstones& tombstones, std::vector<SyncNotice>* notices)
+        : sql_(sql), op_(op), tombstones_(tombstones), notices_(notices)
     {
     }
 
@@ -37,11 +40,11 @@ public:
             present_.pop_front();
             if (!checkPresent(table, id)) return false;
         }
-        return recountUcount(db_, categories_);
+        return recountUcount(sql_, categories_);
     }
 
 private:
-    sqlite3* db_;
+    StatementCache& sql_;
     OpKey op_;
     Tombstones& tombstones_;
     std::vector<SyncNotice>* notices_;
@@ -57,7 +60,7 @@ private:
         n.table = table;
         n.rowId = id;
         n.text = noticeText(kind, table, row);
-        n.detail = describeRow(db_, table, row);
+        n.detail = describeRow(sql_, table, row);
         notices_->push_back(std::move(n));
     }
 
@@ -71,24 +74,24 @@ private:
                 categories_.insert((*row)[kHimokuHno].asInteger());
     }
 
-    bool exists(const std::string& table, int64_t id) { return rowExists(db_, table, id, &failed_); }
+    bool exists(const std::string& table, int64_t id) { return rowExists(sql_, table, id, &failed_); }
 
     bool updateColumns(const std::string& table, int64_t id, const Row& edit)
     {
-        const BookTable* t = bookTable(table);
-        std::string sql = "UPDATE " + table + " SET ";
+        const TableLayout* t = bookTable(table);
+        std::string text = "UPDATE " + table + " SET ";
         std::vector<const Value*> values;
-        for (size_t c = 1; c < edit.size(); ++c) {
+        for (size_t c = 1; c < edit.size() && c < t->columns.size(); ++c) {
             if (!edit[c].present()) continue;
-            sql += std::string(values.empty() ? "" : ", ") + t->columns[c] + " = ?";
+            text += std::string(values.empty() ? "" : ", ") + t->columns[c].name + " = ?";
             values.push_back(&edit[c]);
         }
         if (values.empty()) return true;
-        SyncStatement update(db_, sql + " WHERE Id = ?");
-        if (!update.prepared()) return false;
+        Statement* update = sql_.get(text + " WHERE Id = ?");
+        if (!update) return false;
         for (size_t i = 0; i < values.size(); ++i)
-            if (!update.bind(static_cast<int>(i) + 1, *values[i])) return false;
-        return update.bindInt64(static_cast<int>(values.size()) + 1, id) && update.run();
+            if (update->bindValue(static_cast<int>(i) + 1, *values[i]) != SQLITE_OK) return false;
+        return update->bindInt64(static_cast<int>(values.size()) + 1, id) == SQLITE_OK && update->run();
     }
 
     // What to say when a row cannot come back for want of a copy.
@@ -110,7 +113,7 @@ private:
         }
         for (size_t c = 1; c < edit.size() && c < row.size(); ++c)
             if (edit[c].present()) row[c] = edit[c];
-        if (!insertRow(db_, table, row)) return false;
+        if (!insertRow(sql_, table, row)) return false;
         present_.emplace_back(table, id);
         if (table == "Himoku" && row.size() > kHimokuHno) categories_.insert(row[kHimokuHno].asInteger());
         notice(kind, table, id, row);
@@ -136,7 +139,7 @@ private:
 
     bool checkPresent(const std::string& table, int64_t id)
     {
-        const Row row = readRow(db_, table, id, &failed_);
+        const Row row = readRow(sql_, table, id, &failed_);
         if (failed_) return false;
         if (row.empty()) return true;  // deleted again later in the operation
         const auto at = [&](size_t c) { return row[c].asInteger(); };
@@ -152,14 +155,14 @@ private:
                ensure("Items", at(kItemsIdouId), NoticeKind::PartnerKept, table, row);
     }
 
-    bool anyRow(const std::string& sql, int64_t id)
+    bool anyRow(const std::string& text, int64_t id, int64_t second = 0)
     {
-        SyncStatement s(db_, sql);
-        if (!s.prepared() || !s.bindInt64(1, id)) {
+        Statement* s = sql_.get(text);
+        if (!s || s->bindInt64(1, id) != SQLITE_OK || (second && s->bindInt64(2, second) != SQLITE_OK)) {
             failed_ = true;
             return false;
         }
-        const Step step = s.step();
+        const Step step = s->step();
         if (step == Step::Error) failed_ = true;
         return step == Step::Row;
     }
@@ -174,7 +177,7 @@ private:
         if (change.table == "Items") {
             if (!isTransferKind(before(kItemsSyubetuNo))) return true;
             const int64_t partner = before(kItemsIdouId);
-            needed = anyRow("SELECT 1 FROM Items WHERE Id = ? AND IdouId = " + std::to_string(id), partner);
+            needed = anyRow("SELECT 1 FROM Items WHERE Id = ?1 AND IdouId = ?2", partner, id);
             kind = NoticeKind::PartnerKept;
         } else if (change.table == "Himoku") {
             needed = anyRow("SELECT 1 FROM Items WHERE HimokuNo = ? LIMIT 1", id) ||
@@ -191,45 +194,18 @@ private:
 
 }  // namespace
 
-bool repairAfterOp(sqlite3* db, const OpKey& op, Tombstones& tombstones, const std::vector<Change>& changes,
+bool repairAfterOp(StatementCache& sql, const OpKey& op, Tombstones& tombstones, const std::vector<Change>& changes,
                    const std::vector<RestoreRequest>& restores, std::vector<SyncNotice>* notices, std::string* error)
 {
     tombstones.setCurrent(&changes);
-    Repairer repairer(db, op, tombstones, notices);
+    Repairer repairer(sql, op, tombstones, notices);
     const bool done = repairer.run(changes, restores);
     tombstones.setCurrent(nullptr);
-    if (!done && error) *error = "repair: " + sqliteError(db);
+    if (!done && error) *error = std::string("repair: ") + sqlite3_errmsg(sql.db());
     return done;
 }
 
-bool recountUcount(sqlite3* db, const std::set<int64_t>& categories)
-{
-    SyncStatement update(db,
-                         "UPDATE Himoku SET Ucount = max(1, (SELECT count(*) FROM Himoku AS s WHERE s.Hno = ?1 AND "
-                         "s.Id != ?1)) WHERE Id = ?1 AND Hno = ?1");
-    if (!update.prepared()) return false;
-    for (int64_t category : categories) {
-        update.reset();
-        if (!update.bindInt64(1, category) || !update.run()) return false;
-    }
-    return true;
-}
-
-bool recomputeZankin(sqlite3* db, const std::set<int64_t>& sisans)
-{
-    SyncStatement update(db,
-                         "UPDATE Sisan SET Zankin = SyokiKingaku + (SELECT coalesce(sum(CASE WHEN SyubetuNo IN (2, 4) "
-                         "THEN coalesce(Nyuukin, 0) WHEN SyubetuNo IN (1, 3) THEN -coalesce(Syukkin, 0) ELSE 0 END), 0) "
-                         "FROM Items WHERE SisanNo = ?1) WHERE Id = ?1");
-    if (!update.prepared()) return false;
-    for (int64_t sisan : sisans) {
-        update.reset();
-        if (!update.bindInt64(1, sisan) || !update.run()) return false;
-    }
-    return true;
-}
-
-bool collectTouchedSisans(sqlite3* db, const std::vector<Change>& changes, std::set<int64_t>* sisans)
+bool collectTouchedSisans(StatementCache& sql, const std::vector<Change>& changes, std::set<int64_t>* sisans)
 {
     bool failed = false;
     for (const Change& change : changes) {
@@ -241,7 +217,7 @@ bool collectTouchedSisans(sqlite3* db, const std::vector<Change>& changes, std::
         Row current;
         // An edit that left the asset as it was does not carry it.
         if (change.kind == ChangeKind::Update && !change.before[kItemsSisanNo].present())
-            current = readRow(db, "Items", change.id(), &failed);
+            current = readRow(sql, "Items", change.id(), &failed);
         for (const Row* row : {&change.before, &change.after, static_cast<const Row*>(&current)})
             if (row->size() > kItemsSisanNo && (*row)[kItemsSisanNo].present())
                 sisans->insert((*row)[kItemsSisanNo].asInteger());

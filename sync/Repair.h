@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "sync/Changes.h"
-#include "sync/OpKey.h"
+#include "store/OpKey.h"
 #include "sync/SyncNotice.h"
 #include "sync/Tombstones.h"
 
-struct sqlite3;
+class StatementCache;
 
 // An edit of a row that was deleted before it in the order: the row comes
 // back from its last copy with the edit's values (Absent: not edited).
@@ -31,17 +31,9 @@ struct RestoreRequest {
 //    stayed comes back too;
 // 3. the sub-item count (Ucount) of every category touched is recounted.
 // Each row brought back adds a notice. False on a database error.
-bool repairAfterOp(sqlite3* db, const OpKey& op, Tombstones& tombstones, const std::vector<Change>& changes,
+bool repairAfterOp(StatementCache& sql, const OpKey& op, Tombstones& tombstones, const std::vector<Change>& changes,
                    const std::vector<RestoreRequest>& restores, std::vector<SyncNotice>* notices, std::string* error);
 
-// Sets the Ucount of each listed category to its number of sub-items (at
-// least 1: a category row always counts as one); rows that are gone or are
-// sub-items are skipped.
-bool recountUcount(sqlite3* db, const std::set<int64_t>& categories);
-
-// Sets each listed asset's stored balance (Zankin) to its opening amount plus
-// money in minus money out of its entries; assets that are gone are skipped.
-bool recomputeZankin(sqlite3* db, const std::set<int64_t>& sisans);
 // Adds the assets whose balance the changes may have moved, reading the
 // asset of an edited entry from the book as it is right after the changes.
-bool collectTouchedSisans(sqlite3* db, const std::vector<Change>& changes, std::set<int64_t>* sisans);
+bool collectTouchedSisans(StatementCache& sql, const std::vector<Change>& changes, std::set<int64_t>* sisans);

@@ -1,19 +1,18 @@
 #pragma once
 
+#include <atomic>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "store/SyncLog.h"
 #include "sync/SyncFolder.h"
-#include "sync/SyncLog.h"
-
-struct sqlite3;
 
 // A copy of the whole book in the sync folder, so that a PC joining later
 // starts from it instead of replaying years of operations. The copy holds
-// the book's sync tables too: the operations it contains (SyncApplied) and
-// the log with which the new PC can still rewind and place operations that
-// arrive late.
+// the book's history and sync tables too: the operations it contains
+// (SyncApplied) and the log with which the new PC can still rewind and
+// place operations that arrive late.
 
 struct SnapshotInfo {
     std::string path;
@@ -21,16 +20,13 @@ struct SnapshotInfo {
     AppliedVector applied;  // the operations it contains
 };
 
-// Copies the book open on db (SQLite's backup API) to
+// Copies the book at bookPath (SQLite's backup API, on a connection of its
+// own, so it may run on a worker thread while the program goes on) to
 // snapshots/<install>.sqlite, replacing this PC's previous snapshot only
-// once the copy is complete. Run it outside a write transaction.
-bool writeSnapshot(sqlite3* db, const SyncFolder& folder, const Uuid& install, std::string* error);
+// once the copy is complete. `cancel`, when set, is polled between steps.
+bool writeSnapshot(const std::string& bookPath, const SyncFolder& folder, const Uuid& install, std::string* error,
+                   const std::atomic<bool>* cancel = nullptr);
 
 // The snapshots in the folder that belong to book, the one containing the
 // most operations first. Files that are not readable books are skipped.
 std::vector<SnapshotInfo> listSnapshots(const SyncFolder& folder, const Uuid& book);
-
-// Makes a new book at target from the snapshot, private to the owner
-// (0600). target appears only when complete; an existing file there is
-// replaced (the caller has kept it aside).
-bool restoreSnapshot(const std::string& snapshot, const std::string& target, std::string* error);

@@ -1,6 +1,7 @@
 #include "sync/SyncFolder.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <set>
@@ -83,7 +84,7 @@ std::string SyncFolder::snapshotPath(const Uuid& install) const
 bool SyncFolder::prepare(std::string* error) const
 {
     std::error_code ec;
-    for (const char* sub : {"devices", "applied", "ops", "snapshots"}) {
+    for (const char* sub : {"devices", "applied", "ops", "snapshots", "retired"}) {
         fs::create_directories(fs::path(root_) / sub, ec);
         if (ec) return fail(error, (fs::path(root_) / sub).string() + ": " + ec.message());
     }
@@ -163,9 +164,18 @@ std::optional<int> SyncFolder::claimDevice(const Uuid& install, const std::strin
     return std::nullopt;
 }
 
-bool SyncFolder::publishApplied(const Uuid& install, const AppliedVector& applied, std::string* error) const
+bool SyncFolder::reclaimDevice(const Uuid& install, int device, const std::string& name, std::string* error) const
 {
-    std::string text;
+    std::error_code ec;
+    fs::create_directories(fs::path(root_) / "devices", ec);
+    const std::string path = (fs::path(root_) / "devices" / (std::to_string(device) + "-" + install.text())).string();
+    return writeFileAtomically(path, name + "\n", true, error);
+}
+
+bool SyncFolder::publishApplied(const Uuid& install, const AppliedVector& applied, int64_t atMs,
+                                std::string* error) const
+{
+    std::string text = "at " + std::to_string(atMs) + "\n";
     for (const auto& [writer, seq] : applied) text += writer.text() + " " + std::to_string(seq) + "\n";
     std::error_code ec;
     fs::create_directories(fs::path(root_) / "applied", ec);
@@ -192,8 +202,45 @@ std::map<Uuid, AppliedVector> SyncFolder::readApplied() const
     return all;
 }
 
+std::map<Uuid, int64_t> SyncFolder::readAppliedTimes() const
+{
+    std::map<Uuid, int64_t> times;
+    for (const auto& entry : entriesOf(fs::path(root_) / "applied")) {
+        const std::optional<Uuid> install = Uuid::parse(entry.path().filename().string());
+        std::string text;
+        if (!install || !readWholeFile(entry.path().string(), &text, nullptr)) continue;
+        std::istringstream lines(text);
+        std::string word, ms;
+        times[*install] = lines >> word >> ms && word == "at" && allDigits(ms) && ms.size() < 19 ? std::stoll(ms) : 0;
+    }
+    return times;
+}
+
+bool SyncFolder::retire(const Uuid& install, int64_t lastSeq, std::string* error) const
+{
+    std::error_code ec;
+    fs::create_directories(fs::path(root_) / "retired", ec);
+    const std::string path = (fs::path(root_) / "retired" / install.text()).string();
+    if (fs::exists(path, ec)) return true;
+    return writeFileAtomically(path, std::to_string(lastSeq) + "\n", false, error);
+}
+
+std::map<Uuid, int64_t> SyncFolder::readRetired() const
+{
+    std::map<Uuid, int64_t> retired;
+    for (const auto& entry : entriesOf(fs::path(root_) / "retired")) {
+        const std::optional<Uuid> install = Uuid::parse(entry.path().filename().string());
+        std::string text;
+        if (!install || !readWholeFile(entry.path().string(), &text, nullptr)) continue;
+        text = trimmed(text);
+        // An unreadable number retires everything after what is applied already.
+        retired[*install] = allDigits(text) && text.size() < 19 ? std::stoll(text) : 0;
+    }
+    return retired;
+}
+
 FolderScan SyncFolder::scan(const Uuid& book, const Uuid& self, const AppliedVector& applied,
-                            const std::vector<DeviceClaim>& claims) const
+                            const std::vector<DeviceClaim>& claims, const std::map<Uuid, int64_t>& retired) const
 {
     FolderScan result;
     for (const auto& dir : entriesOf(fs::path(root_) / "ops")) {
@@ -207,8 +254,10 @@ FolderScan SyncFolder::scan(const Uuid& book, const Uuid& self, const AppliedVec
             if (const auto seq = seqOfName(file.path().filename().string()); seq && file.is_regular_file(ec))
                 present.insert(*seq);
         const auto done = applied.find(*install);
+        const auto retiredAt = retired.find(*install);
+        const int64_t last = retiredAt == retired.end() ? INT64_MAX : retiredAt->second;
         int64_t next = (done == applied.end() ? 0 : done->second) + 1;
-        for (; present.count(next); ++next) {
+        for (; next <= last && present.count(next); ++next) {
             const std::string path = opPath(*install, next);
             Op op;
             std::string bytes;
@@ -226,7 +275,8 @@ FolderScan SyncFolder::scan(const Uuid& book, const Uuid& self, const AppliedVec
             result.largestTs = std::max(result.largestTs, op.meta.ts);
             result.ready.push_back(std::move(op));
         }
-        if (!present.empty() && *present.rbegin() > next && !present.count(next)) result.waiting[*install] = next;
+        if (next <= last && !present.empty() && *present.rbegin() > next && !present.count(next))
+            result.waiting[*install] = next;
     }
     return result;
 }

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "sync/OpFile.h"
-#include "sync/SyncLog.h"
-#include "sync/Uuid.h"
+#include "store/SyncLog.h"
+#include "store/Uuid.h"
 
 // A folder that a file-sync tool (Syncthing, Nextcloud, ...) keeps alike on
 // every PC. Each PC writes only files of its own, so the tool never has two
@@ -16,7 +16,10 @@
 //   book-id                      the book's id (written by the PC that set the folder up)
 //   devices/<n>-<install>        installation <install> holds device number n (1..15);
 //                                the file holds the PC's name
-//   applied/<install>            what that installation has applied: "<install> <seq>" lines
+//   applied/<install>            what that installation has applied: "<install> <seq>" lines,
+//                                and "at <ms>": when it last said so
+//   retired/<install>            that installation no longer syncs; its operations up to the
+//                                sequence the file holds are applied, later ones never
 //   ops/<install>/<seq>.op       its operations, seq as ten digits; immutable once written
 //   snapshots/<install>.sqlite   its newest copy of the whole book (Snapshot.h)
 // Only names of exactly these forms are read: conflict copies the tool made
@@ -71,16 +74,29 @@ public:
     // with name. Nothing (*error) when all 15 are taken or the file cannot be written.
     std::optional<int> claimDevice(const Uuid& install, const std::string& name, std::string* error) const;
 
-    bool publishApplied(const Uuid& install, const AppliedVector& applied, std::string* error) const;
+    // Writes the claim of a number this installation holds already (after
+    // its file went missing).
+    bool reclaimDevice(const Uuid& install, int device, const std::string& name, std::string* error) const;
+
+    bool publishApplied(const Uuid& install, const AppliedVector& applied, int64_t atMs, std::string* error) const;
     // Each installation's published vector.
     std::map<Uuid, AppliedVector> readApplied() const;
+    // When each installation last published its vector (0: not said).
+    std::map<Uuid, int64_t> readAppliedTimes() const;
+
+    // Retires an installation: its operations up to lastSeq stay applied
+    // everywhere, later ones are never read. A retirement is never undone.
+    bool retire(const Uuid& install, int64_t lastSeq, std::string* error) const;
+    // Every retired installation with the last sequence that is applied.
+    std::map<Uuid, int64_t> readRetired() const;
 
     // The operations after `applied` that can be applied now. An
     // installation's files are taken from the next sequence on while each is
     // there and sound; its device number must be the one it claimed (a file
     // whose writer has no claim here yet waits). `self` is skipped.
+    // A retired installation's files after its last sequence are left alone.
     FolderScan scan(const Uuid& book, const Uuid& self, const AppliedVector& applied,
-                    const std::vector<DeviceClaim>& claims) const;
+                    const std::vector<DeviceClaim>& claims, const std::map<Uuid, int64_t>& retired = {}) const;
 
 private:
     std::string root_;

@@ -1,9 +1,11 @@
 #include "sync/SyncNotice.h"
 
+#include <sqlite3.h>
+
+#include "store/BookTables.h"
 #include "store/Items.h"
 #include "store/Money.h"
-#include "sync/BookTables.h"
-#include "sync/SyncStatement.h"
+#include "store/StatementCache.h"
 
 namespace {
 
@@ -24,11 +26,71 @@ std::string noun(const std::string& table, const Row& row)
     }
 }
 
-std::string nameOf(sqlite3* db, const char* table, int64_t id)
+std::string nameOf(StatementCache& sql, const char* table, int64_t id)
 {
-    SyncStatement s(db, std::string("SELECT Namae FROM ") + table + " WHERE Id = ?");
-    if (!s.prepared() || !s.bindInt64(1, id) || s.step() != Step::Row) return "????";
-    return s.column(0).asText();
+    Statement* s = sql.get(std::string("SELECT Namae FROM ") + table + " WHERE Id = ?");
+    if (!s || s->bindInt64(1, id) != SQLITE_OK || s->step() != Step::Row) return "????";
+    return s->columnText(0);
+}
+
+// The losing values as one line of text: "<column>:<type><value>" joined by
+// tabs, with backslash, tab and newline escaped in texts.
+std::string encodeRow(const Row& row)
+{
+    std::string out;
+    for (size_t c = 0; c < row.size(); ++c) {
+        const Value& v = row[c];
+        if (!v.present()) continue;
+        if (!out.empty()) out += '\t';
+        out += std::to_string(c) + ":";
+        switch (v.type) {
+        case Value::Type::Integer:
+            out += "i" + std::to_string(v.integer);
+            break;
+        case Value::Type::Text:
+            out += "t";
+            for (char ch : v.bytes) out += ch == '\\' ? "\\\\" : ch == '\t' ? "\\t" : ch == '\n' ? "\\n" : std::string(1, ch);
+            break;
+        default:
+            out += "n";
+        }
+    }
+    return out;
+}
+
+Row decodeRow(const std::string& text)
+{
+    Row row;
+    size_t at = 0;
+    while (at < text.size()) {
+        size_t end = text.find('\t', at);
+        if (end == std::string::npos) end = text.size();
+        const std::string field = text.substr(at, end - at);
+        at = end + 1;
+        const size_t colon = field.find(':');
+        if (colon == std::string::npos || colon + 1 >= field.size()) continue;
+        const size_t column = std::stoul(field.substr(0, colon));
+        if (row.size() <= column) row.resize(column + 1);
+        const char type = field[colon + 1];
+        const std::string value = field.substr(colon + 2);
+        if (type == 'i') {
+            row[column] = Value::ofInteger(std::stoll(value));
+        } else if (type == 't') {
+            std::string bytes;
+            for (size_t i = 0; i < value.size(); ++i) {
+                if (value[i] == '\\' && i + 1 < value.size()) {
+                    const char e = value[++i];
+                    bytes += e == 't' ? '\t' : e == 'n' ? '\n' : e;
+                } else {
+                    bytes += value[i];
+                }
+            }
+            row[column] = Value{Value::Type::Text, 0, 0, bytes};
+        } else {
+            row[column] = Value{Value::Type::Null, 0, 0, {}};
+        }
+    }
+    return row;
 }
 
 }  // namespace
@@ -59,7 +121,7 @@ std::string noticeText(NoticeKind kind, const std::string& table, const Row& row
     return {};
 }
 
-std::string describeRow(sqlite3* db, const std::string& table, const Row& row)
+std::string describeRow(StatementCache& sql, const std::string& table, const Row& row)
 {
     const auto at = [&](size_t c) { return c < row.size() ? row[c].asInteger() : 0; };
     const auto text = [&](size_t c) { return c < row.size() ? row[c].asText() : std::string(); };
@@ -67,9 +129,81 @@ std::string describeRow(sqlite3* db, const std::string& table, const Row& row)
     if (table == "Himoku") return text(kHimokuNamae);
     const int64_t kind = at(kItemsSyubetuNo);
     const bool transfer = kind == kSyubetuIdouMoto || kind == kSyubetuIdouSaki;
-    std::string out = text(kItemsHizuke) + " " + nameOf(db, "Sisan", at(kItemsSisanNo)) + " ";
-    out += transfer ? nameOf(db, "Sisan", at(kItemsIdouSisanNo)) : nameOf(db, "Himoku", at(kItemsHimokuNo));
+    std::string out = text(kItemsHizuke) + " " + nameOf(sql, "Sisan", at(kItemsSisanNo)) + " ";
+    out += transfer ? nameOf(sql, "Sisan", at(kItemsIdouSisanNo)) : nameOf(sql, "Himoku", at(kItemsHimokuNo));
     out += " " + formatWithGrouping(isNyuukinKind(kind) ? at(kItemsNyuukin) : at(kItemsSyukkin)) + "円";
     if (!text(kItemsBikou).empty()) out += " " + text(kItemsBikou);
     return out;
+}
+
+bool saveNotices(sqlite3* db, const std::vector<SyncNotice>& notices, int64_t atMs)
+{
+    Statement s;
+    if (!s.prepare(db, "INSERT OR IGNORE INTO SyncNotice (Key, At, Kind, TableName, RowId, Text, Detail, Losing, Seen, "
+                       "Undone) VALUES (?,?,?,?,?,?,?,?,0,0)"))
+        return false;
+    for (const SyncNotice& n : notices) {
+        s.reset();
+        const std::string key = n.key(), losing = encodeRow(n.losing);
+        if (s.bindText(1, key) != SQLITE_OK || s.bindInt64(2, atMs) != SQLITE_OK ||
+            s.bindInt64(3, static_cast<int64_t>(n.kind)) != SQLITE_OK || s.bindText(4, n.table) != SQLITE_OK ||
+            s.bindInt64(5, n.rowId) != SQLITE_OK || s.bindText(6, n.text) != SQLITE_OK ||
+            s.bindText(7, n.detail) != SQLITE_OK || s.bindText(8, losing) != SQLITE_OK || !s.run())
+            return false;
+    }
+    return true;
+}
+
+bool readNotices(sqlite3* db, std::vector<StoredNotice>* notices)
+{
+    Statement s;
+    if (!s.prepare(db, "SELECT Id, At, Kind, TableName, RowId, Text, Detail, Losing, Seen, Undone, Key FROM SyncNotice "
+                       "ORDER BY Id DESC"))
+        return false;
+    std::vector<StoredNotice> read;
+    for (;;) {
+        switch (s.step()) {
+        case Step::Row: {
+            StoredNotice stored;
+            stored.id = s.columnInt64(0);
+            stored.at = s.columnInt64(1);
+            stored.notice.kind = static_cast<NoticeKind>(s.columnInt64(2));
+            stored.notice.table = s.columnText(3);
+            stored.notice.rowId = s.columnInt64(4);
+            stored.notice.text = s.columnText(5);
+            stored.notice.detail = s.columnText(6);
+            stored.notice.losing = decodeRow(s.columnText(7));
+            stored.seen = s.columnInt64(8) != 0;
+            stored.undone = s.columnInt64(9) != 0;
+            read.push_back(std::move(stored));
+            break;
+        }
+        case Step::Done:
+            *notices = std::move(read);
+            return true;
+        case Step::Error:
+            return false;
+        }
+    }
+}
+
+bool countUnseenNotices(sqlite3* db, int64_t* count)
+{
+    Statement s;
+    if (!s.prepare(db, "SELECT count(*) FROM SyncNotice WHERE Seen = 0") || s.step() != Step::Row) return false;
+    *count = s.columnInt64(0);
+    return true;
+}
+
+bool markNoticesSeen(sqlite3* db)
+{
+    Statement s;
+    return s.prepare(db, "UPDATE SyncNotice SET Seen = 1 WHERE Seen = 0") && s.run();
+}
+
+bool markNoticeUndone(sqlite3* db, int64_t id)
+{
+    Statement s;
+    return s.prepare(db, "UPDATE SyncNotice SET Undone = 1, Seen = 1 WHERE Id = ?") && s.bindInt64(1, id) == SQLITE_OK &&
+           s.run();
 }

@@ -4,10 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "sync/OpKey.h"
-#include "sync/Value.h"
+#include "store/OpKey.h"
+#include "store/Value.h"
 
 struct sqlite3;
+class StatementCache;
 
 // What the conflict rules did, one line each, for the window that lists
 // them: nothing is ever dropped or brought back without a notice.
@@ -43,4 +44,24 @@ std::string noticeText(NoticeKind kind, const std::string& table, const Row& row
 // The row in the words of the lists: date, category or other asset, amount
 // and note of an entry; the name of an asset, category or sub-item. Names are
 // read from the book as it is now.
-std::string describeRow(sqlite3* db, const std::string& table, const Row& row);
+std::string describeRow(StatementCache& sql, const std::string& table, const Row& row);
+
+// A notice as the book keeps it (table SyncNotice) for the list the
+// household reads.
+struct StoredNotice {
+    int64_t id = 0;
+    int64_t at = 0;  // when it was raised here, milliseconds since 1970
+    SyncNotice notice;
+    bool seen = false;    // the list has shown it
+    bool undone = false;  // its 元に戻す was carried out
+};
+
+// Keeps the notices, each case once: the same case raised again (by a
+// rewind replaying its operation) is not added twice.
+bool saveNotices(sqlite3* db, const std::vector<SyncNotice>& notices, int64_t atMs);
+// Every kept notice, newest first.
+bool readNotices(sqlite3* db, std::vector<StoredNotice>* notices);
+// How many the list has not shown yet.
+bool countUnseenNotices(sqlite3* db, int64_t* count);
+bool markNoticesSeen(sqlite3* db);
+bool markNoticeUndone(sqlite3* db, int64_t id);

@@ -1,6 +1,8 @@
 #include "sync/Tombstones.h"
 
-#include "sync/SyncStatement.h"
+#include <sqlite3.h>
+
+#include "store/StatementCache.h"
 
 namespace {
 
@@ -21,13 +23,24 @@ bool Tombstones::find(const std::string& table, int64_t id, Row* row)
 {
     row->clear();
     if (current_ && findDelete(*current_, table, id, row)) return true;
-    SyncStatement s(db_, "SELECT Effective FROM SyncLog WHERE Deletes > 0 ORDER BY Ts DESC, Device DESC, Seq DESC");
-    if (!s.prepared()) return false;
-    Step step;
-    while ((step = s.step()) == Step::Row) {
-        std::vector<Change> changes;
-        if (!readChanges(s.columnBlob(0), &changes)) return false;
-        if (findDelete(changes, table, id, row)) return true;
+    Statement* s = sql_.get(
+        "SELECT h.Changeset FROM SyncLog AS l JOIN History AS h ON h.Id = l.HistoryId "
+        "WHERE h.Deletes > 0 AND (l.Ts, l.Device, l.Seq) < (?1, ?2, ?3) ORDER BY l.Ts DESC, l.Device DESC, l.Seq DESC");
+    if (!s || s->bindInt64(1, op_.ts) != SQLITE_OK || s->bindInt64(2, op_.device) != SQLITE_OK ||
+        s->bindInt64(3, op_.seq) != SQLITE_OK)
+        return false;
+    for (;;) {
+        switch (s->step()) {
+        case Step::Row: {
+            std::vector<Change> changes;
+            if (!readChanges(s->columnBlob(0), &changes)) return false;
+            if (findDelete(changes, table, id, row)) return true;
+            break;
+        }
+        case Step::Done:
+            return true;
+        case Step::Error:
+            return false;
+        }
     }
-    return step == Step::Done;
 }

@@ -4,19 +4,20 @@
 #include <string>
 #include <vector>
 
+#include "store/OpKey.h"
 #include "sync/Changes.h"
 
-struct sqlite3;
+class StatementCache;
 
 // The last copy of a deleted row, from which the repair step brings a row
 // back: the deletes of the operation being applied, then those of the
-// operations applied before it, newest first (SyncLog's effective
-// changesets; a delete changeset holds the whole row). Only operations that
-// sort before the one being applied are in the log then, so every PC finds
+// operations before it in the one order, newest first (what each did here,
+// as its history row records it: a delete holds the whole row). Only what
+// sorts before the operation being applied is searched, so every PC finds
 // the same copy.
 class Tombstones {
 public:
-    explicit Tombstones(sqlite3* db) : db_(db) {}
+    Tombstones(StatementCache& sql, const OpKey& op) : sql_(sql), op_(op) {}
 
     // The changes made so far by the operation being applied.
     void setCurrent(const std::vector<Change>* changes) { current_ = changes; }
@@ -26,6 +27,7 @@ public:
     bool find(const std::string& table, int64_t id, Row* row);
 
 private:
-    sqlite3* db_;
+    StatementCache& sql_;
+    OpKey op_;
     const std::vector<Change>* current_ = nullptr;
 };

@@ -2,10 +2,10 @@
 // what may be pruned.
 #include <gtest/gtest.h>
 
-#include "sync/DeviceIds.h"
-#include "sync/HybridClock.h"
+#include "store/DeviceIds.h"
+#include "store/HybridClock.h"
 #include "sync/MergePlan.h"
-#include "sync/SyncLog.h"
+#include "store/SyncLog.h"
 
 namespace {
 
@@ -56,13 +56,16 @@ TEST(OrderTest, onlyOperationsEveryKnownPcHasSeenArePruned)
     const AppliedVector here = {{a, 2}, {b, 2}};
     // b has seen a's first operation and its own two, a all four.
     std::map<Uuid, AppliedVector> known = {{a, {{a, 2}, {b, 2}}}, {b, {{a, 1}, {b, 2}}}};
-    EXPECT_EQ(prunableUpTo(log, known, here), (OpKey{20, 2, 1}));
+    EXPECT_EQ(prunableUpTo(log, known, here, 1000), (OpKey{20, 2, 1}));
     known[b][a] = 2;
-    EXPECT_EQ(prunableUpTo(log, known, here), (OpKey{40, 2, 2}));
+    EXPECT_EQ(prunableUpTo(log, known, here, 1000), (OpKey{40, 2, 2}));
     // b says it wrote a third operation that has not arrived here: it may
     // sort before anything b had not seen when it wrote it, so keep all.
     known[b][b] = 3;
-    EXPECT_EQ(prunableUpTo(log, known, here), OpKey{});
+    EXPECT_EQ(prunableUpTo(log, known, here, 1000), OpKey{});
+    // Nothing newer than the stretch the history keeps is pruned.
+    known[b][b] = 2;
+    EXPECT_EQ(prunableUpTo(log, known, here, 30), (OpKey{20, 2, 1}));
 }
 
 }  // namespace

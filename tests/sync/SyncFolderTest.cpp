@@ -1,18 +1,15 @@
 // The sync folder: only exact names are read, each writer's operations in
 // sequence without gaps, refusals stop a writer, claims and applied vectors
-// round-trip, and a new PC starts from a snapshot.
+// round-trip, and a retired writer's later files are left alone.
 #include <gtest/gtest.h>
 
-#include <sqlite3.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "sync/AtomicWrite.h"
-#include "sync/Snapshot.h"
 #include "sync/SyncFolder.h"
-#include "tests/sync/SyncPc.h"
 
 namespace fs = std::filesystem;
 
@@ -134,8 +131,9 @@ TEST_F(SyncFolderTest, claimsAppliedVectorsAndTheBookIdRoundTrip)
     EXPECT_TRUE(eitherOrder) << clashes[0];
 
     const AppliedVector applied = {{writer, 12}, {second, 7}};
-    ASSERT_TRUE(folder.publishApplied(second, applied, &error)) << error;
+    ASSERT_TRUE(folder.publishApplied(second, applied, 1234, &error)) << error;
     EXPECT_EQ(folder.readApplied().at(second), applied);
+    EXPECT_EQ(folder.readAppliedTimes().at(second), 1234);
 
     std::optional<Uuid> id;
     ASSERT_TRUE(folder.readBookId(&id, &error));
@@ -145,44 +143,16 @@ TEST_F(SyncFolderTest, claimsAppliedVectorsAndTheBookIdRoundTrip)
     EXPECT_EQ(id, book);
 }
 
-TEST_F(SyncFolderTest, aThirdPcStartsFromASnapshotAndCatchesUpWithLaterOperations)
+TEST_F(SyncFolderTest, aRetiredWritersLaterFilesAreNeverRead)
 {
-    SyncPc a((dir / "a").string(), book, "居間");
-    a.seedStarterRows();
-    SyncPc b((dir / "b").string(), book, "書斎", &a);
-    b.seedStarterRows();
-    const int64_t lunch = a.addEntry(1, 3, 1, 1200, "2026-11-20");
-    b.addEntry(1, 3, 1, 800, "2026-11-21");
-    deliver(b, a);
+    for (int64_t seq = 1; seq <= 3; ++seq) write(seq);
     std::string error;
-    ASSERT_TRUE(a.sync(nullptr, &error)) << error;
-    ASSERT_TRUE(writeSnapshot(a.db, a.folder, a.self.install, &error)) << error;
-    // After the snapshot: a later entry on B, and an edit on A whose clock
-    // is behind, so the new PC must rewind and replay past the snapshot.
-    b.addEntry(1, 3, 1, 500, "2026-11-22");
-    a.wallMs -= 3'600'000;
-    a.editEntry(lunch, "Bikou", "'同僚と'");
-    deliver(a, b);
-    deliver(b, a);
-
-    SyncPc c((dir / "c").string(), book, "寝室", &a);
-    const std::vector<SnapshotInfo> snapshots = listSnapshots(c.folder, book);
-    ASSERT_EQ(snapshots.size(), 1u);
-    EXPECT_EQ(snapshots[0].applied.at(a.self.install), 1);
-    sqlite3_close(c.db);
-    const std::string bookPath = (dir / "c" / "Zenvora.sql").string();
-    ASSERT_TRUE(restoreSnapshot(snapshots[0].path, bookPath, &error)) << error;
-    ASSERT_EQ(sqlite3_open(bookPath.c_str(), &c.db), SQLITE_OK);
-    EXPECT_EQ(fs::status(bookPath).permissions() & fs::perms::all, fs::perms::owner_read | fs::perms::owner_write);
-
-    for (SyncPc* pc : {&a, &b, &c}) ASSERT_TRUE(pc->sync(nullptr, &error)) << error;
-    deliver(a, b);
-    ASSERT_TRUE(b.sync(nullptr, &error)) << error;
-    EXPECT_EQ(c.dump(), a.dump());
-    EXPECT_EQ(c.dump(), b.dump());
-    EXPECT_EQ(c.scalar("SELECT count(*) FROM Items"), 3);
-    EXPECT_EQ(c.brokenRules(), "");
-    EXPECT_TRUE(listSnapshots(c.folder, Uuid::generate()).empty()) << "another book's snapshots are not offered";
+    ASSERT_TRUE(folder.retire(writer, 2, &error)) << error;
+    ASSERT_TRUE(folder.retire(writer, 3, &error)) << "a retirement is never changed";
+    EXPECT_EQ(folder.readRetired(), (std::map<Uuid, int64_t>{{writer, 2}}));
+    const FolderScan scan = folder.scan(book, Uuid::generate(), {}, claims, folder.readRetired());
+    ASSERT_EQ(scan.ready.size(), 2u);
+    EXPECT_TRUE(scan.waiting.empty());
 }
 
 }  // namespace

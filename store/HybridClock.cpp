@@ -1,4 +1,4 @@
-#include "sync/HybridClock.h"
+#include "store/HybridClock.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "sync/Uuid.h"
+#include "store/Uuid.h"
 
 #include <random>
 

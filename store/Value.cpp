@@ -1,4 +1,4 @@
-#include "sync/Value.h"
+#include "store/Value.h"
 
 #include <sqlite3.h>
 

@@ -28,3 +28,11 @@ std::optional<int64_t> nextDeviceId(int64_t maxId, int device);
 // the deleted row, and must not find a new one under its Id.
 // *failed is set on a database error.
 std::optional<int64_t> nextDeviceIdIn(sqlite3* db, const std::string& table, int device, bool* failed);
+
+// What a new row of table gets for its Id inside the caller's transaction.
+enum class NewRowId { Assigned, BySqlite, Exhausted, Failed };
+// When the book syncs, *id is the device's next Id (Assigned); otherwise
+// SQLite picks the row id as it always did (BySqlite, *id 0), so that a
+// book that never syncs keeps its Ids. Exhausted: no Id is left below
+// kMaxRowId; Failed: a database error.
+NewRowId newRowId(sqlite3* db, const std::string& table, int64_t* id);
