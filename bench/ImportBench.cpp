@@ -1,7 +1,5 @@
 #include "bench/ImportBench.h"
 
-#define SQLITE_ENABLE_SESSION
-#define SQLITE_ENABLE_PREUPDATE_HOOK
 #include <sqlite3.h>
 
 #include <QDate>

@@ -14,21 +14,21 @@ struct Teiki {
     int64_t HimokuNo = 0;     // kinds 1, 2: the sub-item; 0 for a transfer
     int64_t IdouSisanNo = 0;  // kind 3: the destination asset; 0 otherwise
     int64_t Kingaku = 0;
-    std::string Bikou;
+    std::string Bikou{};
     // The schedule.
     int64_t Tani = 0;      // repeat unit: 0 month, 1 year, 2 week
     int64_t Kankaku = 1;   // every Kankaku units
     int64_t Hi = 1;        // month and year: the day, 31 = the last day
     int64_t Tuki = 1;      // year: the month
     int64_t Youbi = 0;     // week: 0 Sunday ... 6 Saturday
-    std::string Kaisi;     // the first day it may fall on, "yyyy-MM-dd"
-    std::string Syuuryou;  // the last day it may fall on, or "" for none
+    std::string Kaisi{};     // the first day it may fall on, "yyyy-MM-dd"
+    std::string Syuuryou{};  // the last day it may fall on, or "" for none
     int64_t Kaisuu = 0;    // how many times at most, 0 for no limit
     int64_t Kyuujitu = 0;  // a day off: 0 the day itself, 1 the business day before, 2 after
     // The day up to which the program has looked at the rule: every
     // occurrence booked on or before it is done with (posted, skipped, or
     // before the rule was made or its schedule last changed).
-    std::string Kakunin;
+    std::string Kakunin{};
 };
 
 // How an occurrence was dealt with (TeikiKiroku.Jyoutai).
@@ -64,7 +64,7 @@ struct TeikiPosting {
 // A rule's Kakunin moved forward (never back) by teikiKityou.
 struct TeikiKakunin {
     int64_t TeikiNo = 0;
-    std::string Kakunin;
+    std::string Kakunin{};
 };
 
 // An entry's amount as it moves its asset's balance (income +, expense -),
