@@ -1,8 +1,12 @@
 #include "syncwindow/SyncSettingsViewController.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileDialog>
+#include <QProgressDialog>
 #include <QSysInfo>
+
+#include <atomic>
 
 #include "store/BackupRestore.h"
 #include "store/DataModel.h"
@@ -135,7 +139,24 @@ bool SyncSettingsViewController::btnJoin()
     const std::string kept =
         keptBookPath(controller.bookPath(), currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss")).toStdString());
     std::string error;
-    const bool joined = sync.join(folder(), pcName(), kept, &error);
+    // Copying the folder's snapshot of a large book takes a while: the
+    // window keeps painting behind a progress dialog whose 中止 leaves this
+    // PC's book as it was. The copy works on connections of its own; the
+    // store's lists stay as they are until the book is read again.
+    QProgressDialog progress(QStringLiteral("同期フォルダの家計簿を読み込んでいます…"), QStringLiteral("中止"), 0, 100,
+                             this);
+    progress.setWindowTitle(windowTitle());
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setMinimumDuration(500);
+    std::atomic<bool> cancel{false};
+    connect(&progress, &QProgressDialog::canceled, this, [&cancel] { cancel = true; });
+    connect(&progress, &QDialog::rejected, this, [&cancel] { cancel = true; });
+    const auto copied = [&progress](int done, int total) {
+        progress.setValue(total ? 100 * done / total : 0);
+        QCoreApplication::processEvents();
+    };
+    const bool joined = sync.join(folder(), pcName(), kept, &error, copied, &cancel);
+    progress.reset();
     if (onBookReplaced) onBookReplaced();
     controller.restart();
     showState();
