@@ -6,48 +6,8 @@
 #include "store/ChangesetDigest.h"
 #include "store/DataModel.h"
 #include "store/RecordedStep.h"
+#include "store/SessionRecording.h"
 #include "store/Transaction.h"
-
-namespace {
-
-// A session on the three tables: the net effect of everything done while it
-// lives, for the lists.
-class NetChanges {
-public:
-    explicit NetChanges(sqlite3* db)
-    {
-        if (sqlite3session_create(db, "main", &session_) != SQLITE_OK) return;
-        for (const TableLayout& table : requiredBookTables()) {
-            if (sqlite3session_attach(session_, table.name.c_str()) != SQLITE_OK) {
-                sqlite3session_delete(session_);
-                session_ = nullptr;
-                return;
-            }
-        }
-    }
-    ~NetChanges()
-    {
-        if (session_) sqlite3session_delete(session_);
-    }
-    NetChanges(const NetChanges&) = delete;
-    NetChanges& operator=(const NetChanges&) = delete;
-
-    bool started() const { return session_ != nullptr; }
-    bool changeset(std::string* bytes) const
-    {
-        int size = 0;
-        void* data = nullptr;
-        const int rc = sqlite3session_changeset(session_, &size, &data);
-        if (rc == SQLITE_OK) bytes->assign(static_cast<const char*>(data), static_cast<size_t>(size));
-        sqlite3_free(data);
-        return rc == SQLITE_OK;
-    }
-
-private:
-    sqlite3_session* session_ = nullptr;
-};
-
-}  // namespace
 
 bool DataModel::runSyncWork(const std::function<bool(sqlite3*)>& work)
 {
@@ -64,7 +24,8 @@ bool DataModel::applyOutsideChanges(const std::function<bool(sqlite3*)>& work)
     {
         Transaction tx(db);
         if (!beganOrReport(tx)) return false;
-        NetChanges session(db);
+        // The net effect on the three tables, for the lists.
+        SessionRecording session(db, SessionRecording::onlyBookTables);
         if (!session.started()) {
             someMessageWithAlert(errorText("failure recording the changes: "));
             return false;

@@ -23,18 +23,11 @@ RecordedStep::RecordedStep(sqlite3* db, std::string label, HistoryKind kind, int
         fail("failure beginning a transaction: ");
         return;
     }
-    sqlite3_session* session = nullptr;
-    if (sqlite3session_create(db_, "main", &session) != SQLITE_OK) {
-        error_ = "failure recording history: cannot start the recording";
-        return;
-    }
-    sqlite3session_table_filter(session, recordTable, nullptr);
-    if (sqlite3session_attach(session, nullptr) != SQLITE_OK) {
-        sqlite3session_delete(session);
+    recording_.emplace(db_, recordTable);
+    if (!recording_->started()) {
+        recording_.reset();
         fail("failure recording history: ");
-        return;
     }
-    session_ = session;
 }
 
 RecordedStep::~RecordedStep()
@@ -44,8 +37,7 @@ RecordedStep::~RecordedStep()
 
 void RecordedStep::endRecording()
 {
-    if (session_) sqlite3session_delete(session_);
-    session_ = nullptr;
+    recording_.reset();
 }
 
 bool RecordedStep::fail(const char* prefix)
@@ -56,17 +48,14 @@ bool RecordedStep::fail(const char* prefix)
 
 std::string RecordedStep::changesSoFar() const
 {
-    int size = 0;
-    void* bytes = nullptr;
-    if (!session_ || sqlite3session_changeset(session_, &size, &bytes) != SQLITE_OK) return {};
-    std::string changes(static_cast<const char*>(bytes), static_cast<size_t>(size));
-    sqlite3_free(bytes);
+    std::string changes;
+    if (!recording_ || !recording_->changeset(&changes)) return {};
     return changes;
 }
 
 void RecordedStep::recordAsApplied(std::string changeset)
 {
-    if (!session_) return;
+    if (!recording_) return;
     endRecording();
     changeset_ = std::move(changeset);
     finished_ = true;
@@ -74,17 +63,10 @@ void RecordedStep::recordAsApplied(std::string changeset)
 
 const std::string& RecordedStep::finishRecording()
 {
-    if (finished_ || !session_) return changeset_;
+    if (finished_ || !recording_) return changeset_;
     finished_ = true;
-    int size = 0;
-    void* bytes = nullptr;
-    const int rc = sqlite3session_changeset(session_, &size, &bytes);
-    if (rc == SQLITE_OK) {
-        changeset_.assign(static_cast<const char*>(bytes), static_cast<size_t>(size));
-    } else {
-        error_ = std::string("failure recording history: ") + sqlite3_errstr(rc);
-    }
-    sqlite3_free(bytes);
+    std::string why;
+    if (!recording_->changeset(&changeset_, &why)) error_ = "failure recording history: " + why;
     endRecording();
     return changeset_;
 }
@@ -99,7 +81,7 @@ void RecordedStep::setSummary(std::string sisans, int64_t changes, int64_t delet
 
 bool RecordedStep::commit()
 {
-    if (!session_ && !finished_) return false;
+    if (!recording_ && !finished_) return false;
     finishRecording();
     if (!error_.empty()) return false;
     if (!changeset_.empty()) {

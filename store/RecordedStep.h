@@ -1,12 +1,13 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "store/History.h"
+#include "store/SessionRecording.h"
 #include "store/Transaction.h"
 
 struct sqlite3;
-struct sqlite3_session;
 
 // One recorded, undoable step: a write transaction whose changes are
 // captured with SQLite's session extension and written, with the step's
@@ -33,7 +34,7 @@ public:
     RecordedStep& operator=(const RecordedStep&) = delete;
 
     // False when the transaction or the recording could not start.
-    bool began() const { return session_ != nullptr; }
+    bool began() const { return recording_.has_value(); }
 
     // For an operation that applies a known changeset (an undo applies the
     // inverse of a step's, a redo the step's again): the step records that
@@ -66,7 +67,7 @@ public:
 private:
     sqlite3* db_;
     Transaction tx_;
-    sqlite3_session* session_ = nullptr;
+    std::optional<SessionRecording> recording_;  // while the step records
     HistoryEntry entry_;
     std::string changeset_;
     bool finished_ = false;

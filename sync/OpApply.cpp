@@ -7,6 +7,7 @@
 #include "store/BookTables.h"
 #include "store/Changeset.h"
 #include "store/History.h"
+#include "store/SessionRecording.h"
 #include "store/StatementCache.h"
 #include "sync/Changes.h"
 #include "sync/ConflictPolicy.h"
@@ -15,47 +16,13 @@
 
 namespace {
 
-int onlyBookTables(void*, const char* table) { return bookTable(table) != nullptr; }
 int recordedTables(void*, const char* table) { return isRecordedTable(table); }
 
-using TableFilter = int (*)(void*, const char*);
-TableFilter filterOf(OpOrigin origin) { return origin == OpOrigin::Own ? recordedTables : onlyBookTables; }
-
-// A session recording every change of the operation's tables while it lives.
-class Recording {
-public:
-    Recording(sqlite3* db, OpOrigin origin)
-    {
-        if (sqlite3session_create(db, "main", &session_) != SQLITE_OK) return;
-        sqlite3session_table_filter(session_, filterOf(origin), nullptr);
-        if (sqlite3session_attach(session_, nullptr) != SQLITE_OK) {
-            sqlite3session_delete(session_);
-            session_ = nullptr;
-        }
-    }
-    ~Recording()
-    {
-        if (session_) sqlite3session_delete(session_);
-    }
-    Recording(const Recording&) = delete;
-    Recording& operator=(const Recording&) = delete;
-
-    bool started() const { return session_ != nullptr; }
-    bool isEmpty() const { return sqlite3session_isempty(session_) != 0; }
-
-    bool changeset(std::string* bytes) const
-    {
-        int size = 0;
-        void* data = nullptr;
-        const int rc = sqlite3session_changeset(session_, &size, &data);
-        if (rc == SQLITE_OK) bytes->assign(static_cast<const char*>(data), static_cast<size_t>(size));
-        sqlite3_free(data);
-        return rc == SQLITE_OK;
-    }
-
-private:
-    sqlite3_session* session_ = nullptr;
-};
+// A session recording every change of the operation's tables.
+SessionRecording::TableFilter filterOf(OpOrigin origin)
+{
+    return origin == OpOrigin::Own ? recordedTables : SessionRecording::onlyBookTables;
+}
 
 // What the conflict handler saw, kept until the notices can be worded
 // (wording reads names from the book, which the handler must not do).
@@ -239,7 +206,7 @@ bool finishUnopposed(StatementCache& sql, const OpKey& key, const std::string& c
 {
     sqlite3* db = sql.db();
     {
-        Recording repairs(db, origin);
+        SessionRecording repairs(db, filterOf(origin));
         if (!repairs.started()) return sessionFailed(db, error);
         Tombstones tombstones(sql, key);
         if (!repairAfterOp(sql, key, tombstones, changes, {}, &applied->notices, error)) return false;
@@ -264,7 +231,7 @@ bool applyRecorded(StatementCache& sql, const OpKey& key, const std::string& cha
                    AppliedOp* applied, std::string* error)
 {
     sqlite3* db = sql.db();
-    Recording recording(db, origin);
+    SessionRecording recording(db, filterOf(origin));
     if (!recording.started()) return sessionFailed(db, error);
     HandlerState state;
     if (!applyWithRules(db, changeset, origin, &state, error)) return false;
@@ -297,7 +264,7 @@ bool applyOp(StatementCache& sql, const OpKey& key, const std::string& changeset
     // Most operations meet no conflict: applied without a recording inside
     // a savepoint, and again with one when they do. An operation with
     // changes the filter leaves out is recorded from the start.
-    const TableFilter filter = filterOf(origin);
+    const SessionRecording::TableFilter filter = filterOf(origin);
     const bool whole = std::all_of(changes.begin(), changes.end(),
                                    [&](const Change& c) { return filter(nullptr, c.table.c_str()) != 0; });
     if (whole) {
